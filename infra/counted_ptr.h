@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <utility>
 
 /// Destroys an object with `delete`. A specialised policy may do something else with `destroy`.
