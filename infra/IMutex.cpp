@@ -1,0 +1,5 @@
+#include "infra/IMutex.h"
+
+IMutex::IMutex() = default;
+
+IMutex::~IMutex() = default;
