@@ -1,0 +1,3 @@
+#include "adapter/IZANEngine.h"
+
+IZANEngine::~IZANEngine() = default;

@@ -1,0 +1,3 @@
+#include "adapter/IZANEngineAdapterFactory.h"
+
+IZANEngineAdapterFactory::~IZANEngineAdapterFactory() = default;

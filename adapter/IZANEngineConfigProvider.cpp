@@ -1,0 +1,3 @@
+#include "adapter/IZANEngineConfigProvider.h"
+
+IZANEngineConfigProvider::~IZANEngineConfigProvider() = default;

@@ -1,0 +1,5 @@
+#include "adapter/IZANEventListener.h"
+
+IZANEventListener::~IZANEventListener() = default;
+
+void IZANEventListener::processStateEvent(counted_ptr<ZANConnectionStateEvent>) {}

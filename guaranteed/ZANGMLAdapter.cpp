@@ -1,0 +1,3 @@
+#include "guaranteed/ZANGMLAdapter.h"
+
+ZANGMLAdapter::~ZANGMLAdapter() = default;

@@ -1,0 +1,16 @@
+#include "guaranteed/ZANGMLAdapterFactory.h"
+
+#include <iostream>
+
+ZANGMLAdapterFactory::~ZANGMLAdapterFactory() = default;
+
+ZANGMLAdapter* ZANGMLAdapterFactory::newGMLAdapter(ZANGuaranteedEngineMessageListener*) {
+    std::cout << "ZANGMLAdapterFactory::newGMLAdapter(): default implementation called.\n"
+              << std::flush;
+    return nullptr;
+}
+
+void ZANGMLAdapterFactory::deleteGMLAdapter(ZANGMLAdapter*) {
+    std::cout << "ZANGMLAdapterFactory::deleteGMLAdapter(): default implementation called.\n"
+              << std::flush;
+}
