@@ -1,0 +1,5 @@
+#include "errors/ZANEngineUnknownRemoteException.h"
+
+#include "errors/RemoteExceptionImpl.h"
+
+ZAN_DEFINE_REMOTE_EXCEPTION(ZANEngineUnknownRemoteException, "ZANEngineUnknownRemoteException")

@@ -1,0 +1,6 @@
+#include "errors/ZANPersistentStorageException.h"
+
+#include "errors/RemoteExceptionImpl.h"
+
+ZAN_DEFINE_REMOTE_EXCEPTION(ZANPersistentStorageException,
+                            "kestrow.util.PersistentStorageException")
