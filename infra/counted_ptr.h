@@ -3,8 +3,8 @@
 ///
 /// Threads: counts are plain. A `counted_ptr` and all copies that share one control block belong to
 /// one thread at a time, or to a lock of the caller. A library that was configured with
-/// `ZAN_ATOMIC_COUNTS` counts atomically: copies of one pointer may then live in several threads, as
-/// with `std::shared_ptr`; a single `counted_ptr` object still needs a lock of its own.
+/// `ZAN_ATOMIC_COUNTS` counts atomically: copies of one pointer may then live in several threads,
+/// as with `std::shared_ptr`; a single `counted_ptr` object still needs a lock of its own.
 #ifndef ZANENGINE_INFRA_COUNTED_PTR_H
 #define ZANENGINE_INFRA_COUNTED_PTR_H
 
@@ -29,13 +29,25 @@ struct CountBlock {
     alignas(8) std::uint64_t count;
 
 #ifdef ZAN_ATOMIC_COUNTS
-    void increment() { __atomic_add_fetch(&count, 1, __ATOMIC_RELAXED); }
-    bool decrementToZero() { return __atomic_sub_fetch(&count, 1, __ATOMIC_ACQ_REL) == 0; }
-    std::uint64_t read() const { return __atomic_load_n(&count, __ATOMIC_RELAXED); }
+    void increment() {
+        __atomic_add_fetch(&count, 1, __ATOMIC_RELAXED);
+    }
+    bool decrementToZero() {
+        return __atomic_sub_fetch(&count, 1, __ATOMIC_ACQ_REL) == 0;
+    }
+    std::uint64_t read() const {
+        return __atomic_load_n(&count, __ATOMIC_RELAXED);
+    }
 #else
-    void increment() { ++count; }
-    bool decrementToZero() { return --count == 0; }
-    std::uint64_t read() const { return count; }
+    void increment() {
+        ++count;
+    }
+    bool decrementToZero() {
+        return --count == 0;
+    }
+    std::uint64_t read() const {
+        return count;
+    }
 #endif
 };
 

@@ -1,0 +1,9 @@
+#include "engine/AutoMutex.h"
+
+AutoMutex::AutoMutex() {
+    SimpleMutex::initialize();
+}
+
+AutoMutex::~AutoMutex() {
+    SimpleMutex::uninitialize();
+}

@@ -1,0 +1,121 @@
+/// `Value`: the typed value of a field.
+///
+/// Threads: a value belongs to one thread at a time; several may read one that nobody changes.
+#ifndef ZANENGINE_INFRA_VALUE_H
+#define ZANENGINE_INFRA_VALUE_H
+
+#include "infra/Export.h"
+
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+
+/// A long, double, string, bool or char with its type code. Up to 22 characters of a string lie in
+/// the value itself.
+///
+/// Every type can be read as every other where the text form makes sense of it: a string reads as
+/// a number when it is exactly a whole number or decimal text (an optional minus sign, digits and
+/// at most one point); a char reads as the string of that character, a bool as 1 or 0. Anything
+/// else throws `InfraException` with a text that shows the value.
+class ZAN_API Value {
+public:
+    static constexpr int LONG = 1;
+    static constexpr int DOUBLE = 2;
+    static constexpr int STRING = 3;
+    static constexpr int BOOL = 11;
+    static constexpr int CHAR = 24;
+
+    /// Holds nothing: type 0, empty text, not readable as a number.
+    Value() noexcept : payload_() {}
+    Value(Value const& other) : payload_(other.payload_) {
+        if (ownsText()) {
+            copyText(other);
+        }
+    }
+    Value(Value&& other) noexcept : payload_(other.payload_) { other.payload_ = Payload(); }
+    Value& operator=(Value const& other) {
+        if (!ownsText() && !other.ownsText()) {
+            payload_ = other.payload_;
+            return *this;
+        }
+        return assign(other);
+    }
+    Value& operator=(Value&& other) noexcept;
+    virtual ~Value() {
+        if (ownsText()) {
+            releaseText();
+        }
+    }
+
+    /// Makes this an empty value of the type: 0, 0.0, "", false or the character 0. A value that
+    /// has the type already keeps its payload. `InfraException` for any other code than the five
+    /// and 0.
+    void setType(int type);
+    [[nodiscard]] int getType() const noexcept { return payload_.type; }
+
+    /// Each stores the payload and the type that goes with it.
+    void setLong(long value);
+    void setDouble(double value);
+    void setString(std::string const& value);
+    void setBool(bool value);
+    void setChar(char value);
+
+    /// The value as a number. A double loses its fraction in `asLong` and `asInt`. `InfraException`
+    /// when the value is no number or does not fit; `asInt` is 32 bits wide.
+    [[nodiscard]] long asLong() const;
+    [[nodiscard]] int asInt() const;
+    [[nodiscard]] double asDouble() const;
+
+    /// A bool as it is; a number is true unless it is 0; text is true for `Y`, false for `N`.
+    [[nodiscard]] bool asBool() const;
+
+    /// A char as it is; otherwise the only character of the text form.
+    [[nodiscard]] char asChar() const;
+
+    /// The text form of any type, by the installed `ValuePresentation`.
+    [[nodiscard]] std::string asString() const;
+
+    /// The characters of a string, without a copy; valid while the value is unchanged.
+    /// `InfraException` for another type.
+    [[nodiscard]] std::string_view asStringView() const;
+
+    /// Equal when types and payloads are.
+    bool operator==(Value const& other) const;
+    bool operator!=(Value const& other) const;
+
+private:
+    static constexpr std::size_t placeSize = 22;
+    static constexpr unsigned char textOnHeap = 0xFF;
+
+    // A number, the characters of a short string, or where a long one lies. `size` counts the
+    // characters in place, or is `textOnHeap`.
+    struct Payload {
+        alignas(8) unsigned char place[placeSize];
+        unsigned char size;
+        unsigned char type;
+    };
+
+    struct HeapText {
+        char* data;
+        std::size_t size;
+    };
+
+    template <class T>
+    [[nodiscard]] T load() const noexcept;
+    template <class T>
+    void store(int type, T payload) noexcept;
+
+    [[nodiscard]] bool ownsText() const noexcept { return payload_.size == textOnHeap; }
+    void copyText(Value const& other);
+    void releaseText() noexcept;
+    void dropText() noexcept;
+    Value& assign(Value const& other);
+
+    Payload payload_;
+};
+
+/// Writes the text form of the value, by the installed `ValuePresentation`.
+ZAN_API std::ostream& operator<<(std::ostream& os, Value const& value);
+
+#endif
