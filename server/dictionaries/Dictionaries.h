@@ -1,0 +1,15 @@
+/// The data dictionaries that are built into the engine.
+#ifndef ZANENGINE_SERVER_DICTIONARIES_DICTIONARIES_H
+#define ZANENGINE_SERVER_DICTIONARIES_DICTIONARIES_H
+
+#include <string_view>
+
+namespace zan::server {
+
+/// The XML text of the dictionary that serves a protocol version: that of FIX 4.2 for it and what
+/// is older, that of FIX 4.4 for everything else. Lives as long as the program.
+std::string_view dictionaryFor(std::string_view beginString);
+
+} // namespace zan::server
+
+#endif
