@@ -77,49 +77,56 @@ RemoteClass remote(char const* type) {
             [](ZANEngineRemoteException const& e) { return typeid(e) == typeid(Exception); }};
 }
 
-class EveryRemoteException : public testing::TestWithParam<RemoteClass> {};
+RemoteClass const REMOTE_CLASSES[] = {
+    remote<ZANConnectionUnavailableException>(
+        "kestrow.moravane.engine.ZANConnectionUnavailableException"),
+    remote<ZANConnectionUnknownException>("kestrow.moravane.engine.ZANConnectionUnknownException"),
+    remote<ZANInvalidLogonException>("kestrow.moravane.message.ZANInvalidLogonException"),
+    remote<ZANInvalidMessageException>("kestrow.moravane.message.ZANInvalidMessageException"),
+    remote<ZANNotConnectedException>("kestrow.moravane.engine.ZANNotConnectedException"),
+    remote<ZANPersistentStorageException>("kestrow.util.PersistentStorageException"),
+    remote<ZANSecurityException>("java.lang.SecurityException"),
+    remote<ZANEngineUnknownRemoteException>("ZANEngineUnknownRemoteException"),
+};
 
-TEST_P(EveryRemoteException, KnowsTheEnginesNameForIt) {
-    EXPECT_EQ(GetParam().type, GetParam().prototype->getType());
-}
-
-TEST_P(EveryRemoteException, NamesItselfWithAlwaysTheSameString) {
-    EXPECT_EQ(&GetParam().prototype->getType(), &GetParam().prototype->getType());
-}
-
-TEST_P(EveryRemoteException, ThrowsANewExceptionOfItsOwnClass) {
-    try {
-        GetParam().prototype->throwInstance("x");
-        FAIL() << "it returned";
-    } catch (ZANEngineRemoteException const& caught) {
-        EXPECT_TRUE(GetParam().isOwnClass(caught));
-        EXPECT_EQ("x", caught.getMessage());
-        EXPECT_EQ(GetParam().type, caught.getType());
+TEST(EveryRemoteException, KnowsTheEnginesNameForIt) {
+    for (RemoteClass const& row : REMOTE_CLASSES) {
+        SCOPED_TRACE(row.type);
+        EXPECT_EQ(row.type, row.prototype->getType());
     }
-    EXPECT_EQ("", GetParam().prototype->getMessage());
 }
 
-TEST_P(EveryRemoteException, IsCaughtByEachOfItsBases) {
-    EXPECT_THROW(GetParam().prototype->throwInstance("x"), ZANEngineRemoteException);
-    EXPECT_THROW(GetParam().prototype->throwInstance("x"), ZANEngineException);
-    EXPECT_THROW(GetParam().prototype->throwInstance("x"), InfraException);
-    EXPECT_THROW(GetParam().prototype->throwInstance("x"), std::exception);
+TEST(EveryRemoteException, NamesItselfWithAlwaysTheSameString) {
+    for (RemoteClass const& row : REMOTE_CLASSES) {
+        SCOPED_TRACE(row.type);
+        EXPECT_EQ(&row.prototype->getType(), &row.prototype->getType());
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, EveryRemoteException,
-    testing::Values(
-        remote<ZANConnectionUnavailableException>(
-            "kestrow.moravane.engine.ZANConnectionUnavailableException"),
-        remote<ZANConnectionUnknownException>(
-            "kestrow.moravane.engine.ZANConnectionUnknownException"),
-        remote<ZANInvalidLogonException>("kestrow.moravane.message.ZANInvalidLogonException"),
-        remote<ZANInvalidMessageException>("kestrow.moravane.message.ZANInvalidMessageException"),
-        remote<ZANNotConnectedException>("kestrow.moravane.engine.ZANNotConnectedException"),
-        remote<ZANPersistentStorageException>("kestrow.util.PersistentStorageException"),
-        remote<ZANSecurityException>("java.lang.SecurityException"),
-        remote<ZANEngineUnknownRemoteException>("ZANEngineUnknownRemoteException")),
-    [](auto const& row) { return "Row" + std::to_string(row.index); });
+TEST(EveryRemoteException, ThrowsANewExceptionOfItsOwnClass) {
+    for (RemoteClass const& row : REMOTE_CLASSES) {
+        SCOPED_TRACE(row.type);
+        try {
+            row.prototype->throwInstance("x");
+            FAIL() << "it returned";
+        } catch (ZANEngineRemoteException const& caught) {
+            EXPECT_TRUE(row.isOwnClass(caught));
+            EXPECT_EQ("x", caught.getMessage());
+            EXPECT_EQ(row.type, caught.getType());
+        }
+        EXPECT_EQ("", row.prototype->getMessage());
+    }
+}
+
+TEST(EveryRemoteException, IsCaughtByEachOfItsBases) {
+    for (RemoteClass const& row : REMOTE_CLASSES) {
+        SCOPED_TRACE(row.type);
+        EXPECT_THROW(row.prototype->throwInstance("x"), ZANEngineRemoteException);
+        EXPECT_THROW(row.prototype->throwInstance("x"), ZANEngineException);
+        EXPECT_THROW(row.prototype->throwInstance("x"), InfraException);
+        EXPECT_THROW(row.prototype->throwInstance("x"), std::exception);
+    }
+}
 
 struct Nameless : ZANEngineRemoteException {
     void throwInstance(std::string const&) override { throw Nameless(*this); }

@@ -82,48 +82,45 @@ struct Row {
     std::string className;
 };
 
-class RegisteredAtLoad : public testing::TestWithParam<Row> {};
+Row const KNOWN[] = {
+    {"kestrow.moravane.engine.ZANConnectionUnavailableException",
+     className<ZANConnectionUnavailableException>()},
+    {"kestrow.moravane.engine.ZANConnectionUnknownException",
+     className<ZANConnectionUnknownException>()},
+    {"kestrow.moravane.message.ZANInvalidLogonException", className<ZANInvalidLogonException>()},
+    {"kestrow.moravane.message.ZANInvalidMessageException",
+     className<ZANInvalidMessageException>()},
+    {"kestrow.moravane.engine.ZANNotConnectedException", className<ZANNotConnectedException>()},
+    {"kestrow.util.PersistentStorageException", className<ZANPersistentStorageException>()},
+    {"java.lang.SecurityException", className<ZANSecurityException>()},
+};
 
-TEST_P(RegisteredAtLoad, ThrowsTheClassOfTheName) {
-    Thrown const thrown = thrownFor(GetParam().type, "why");
-    EXPECT_EQ(GetParam().className, thrown.className);
-    EXPECT_EQ(std::string(GetParam().type) + ": why", thrown.message);
-    EXPECT_EQ(GetParam().type, thrown.type);
+TEST(ZANUtilityFunctions, ThrowsTheClassThatTheLibraryRegistered) {
+    for (Row const& row : KNOWN) {
+        SCOPED_TRACE(row.type);
+        Thrown const thrown = thrownFor(row.type, "why");
+        EXPECT_EQ(row.className, thrown.className);
+        EXPECT_EQ(std::string(row.type) + ": why", thrown.message);
+        EXPECT_EQ(row.type, thrown.type);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, RegisteredAtLoad,
-    testing::Values(Row{"kestrow.moravane.engine.ZANConnectionUnavailableException",
-                        className<ZANConnectionUnavailableException>()},
-                    Row{"kestrow.moravane.engine.ZANConnectionUnknownException",
-                        className<ZANConnectionUnknownException>()},
-                    Row{"kestrow.moravane.message.ZANInvalidLogonException",
-                        className<ZANInvalidLogonException>()},
-                    Row{"kestrow.moravane.message.ZANInvalidMessageException",
-                        className<ZANInvalidMessageException>()},
-                    Row{"kestrow.moravane.engine.ZANNotConnectedException",
-                        className<ZANNotConnectedException>()},
-                    Row{"kestrow.util.PersistentStorageException",
-                        className<ZANPersistentStorageException>()},
-                    Row{"java.lang.SecurityException", className<ZANSecurityException>()}),
-    [](auto const& row) { return "Row" + std::to_string(row.index); });
+std::string const UNKNOWN_NAMES[] = {
+    "nobody.registered.This",          "",
+    "java.lang.securityexception",     "java.lang.SecurityException ",
+    "java.lang.SecurityExceptio",      std::string("java.lang.SecurityException\0", 28),
+    "ZANEngineUnknownRemoteException", "Undefinded",
+};
 
-class UnknownName : public testing::TestWithParam<std::string> {};
-
-TEST_P(UnknownName, ThrowsTheFallbackThatKeepsTheName) {
-    Thrown const thrown = thrownFor(GetParam(), "why");
-    EXPECT_EQ(UNKNOWN, thrown.className);
-    EXPECT_EQ(GetParam() + ": why", thrown.message);
-    EXPECT_EQ("ZANEngineUnknownRemoteException", thrown.type);
+TEST(ZANUtilityFunctions, ThrowsTheFallbackForANameThatNobodyRegistered) {
+    for (std::string const& row : UNKNOWN_NAMES) {
+        SCOPED_TRACE(row);
+        Thrown const thrown = thrownFor(row, "why");
+        EXPECT_EQ(UNKNOWN, thrown.className);
+        EXPECT_EQ(row + ": why", thrown.message);
+        EXPECT_EQ("ZANEngineUnknownRemoteException", thrown.type);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Table, UnknownName,
-                         testing::Values("nobody.registered.This", "",
-                                         "java.lang.securityexception",
-                                         "java.lang.SecurityException ",
-                                         "java.lang.SecurityExceptio",
-                                         std::string("java.lang.SecurityException\0", 28),
-                                         "ZANEngineUnknownRemoteException", "Undefinded"));
 
 TEST(ZANUtilityFunctions, MakesAColonAndABlankOfEmptyTexts) {
     Thrown const thrown = thrownFor("", "");

@@ -54,16 +54,17 @@ TEST(Ltoa, ReturnsTheStartOfTheBuffer) {
     EXPECT_EQ(buffer, ltoa(7, buffer));
 }
 
-class LtoaNumbers : public testing::TestWithParam<long> {};
+long const NUMBERS[] = {
+    0, 1, -1, 42, std::numeric_limits<long>::max(), std::numeric_limits<long>::min(),
+};
 
-TEST_P(LtoaNumbers, AreWrittenInDecimal) {
-    Ltoabuf buffer;
-    EXPECT_EQ(std::to_string(GetParam()), ltoa(GetParam(), buffer));
+TEST(Ltoa, WritesDecimalText) {
+    for (long number : NUMBERS) {
+        SCOPED_TRACE(number);
+        Ltoabuf buffer;
+        EXPECT_EQ(std::to_string(number), ltoa(number, buffer));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Table, LtoaNumbers,
-                         testing::Values(0, 1, -1, 42, std::numeric_limits<long>::max(),
-                                         std::numeric_limits<long>::min()));
 
 struct Sample {
     virtual ~Sample() = default;
