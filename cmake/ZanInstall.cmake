@@ -1,0 +1,111 @@
+# What `cmake --install` puts in place: the library and its headers, the adapter modules, the
+# programs, the CMake package ZANEngine and the pkg-config file zanengine.
+
+option(ZAN_INSTALL "Make the install rules" ${PROJECT_IS_TOP_LEVEL})
+
+# Installed with the package; a project that has this one as a subproject gets it as well.
+include(ZANEngineModules)
+
+target_sources(zanengine PUBLIC FILE_SET HEADERS
+    BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${PROJECT_SOURCE_DIR}/zanengine.h)
+
+# The checks of scripts/ci read which headers are public.
+get_target_property(public_headers zanengine HEADER_SET)
+list(JOIN public_headers "\n" public_headers)
+file(WRITE ${PROJECT_BINARY_DIR}/public_headers.txt "${public_headers}\n")
+
+# zan_targets_below(<result> <folder> <type>): the targets of a type that are made in a folder of
+# the project or below it.
+function(zan_targets_below result folder type)
+    set(found)
+    get_directory_property(targets DIRECTORY ${folder} BUILDSYSTEM_TARGETS)
+    foreach(target IN LISTS targets)
+        get_target_property(target_type ${target} TYPE)
+        if(target_type STREQUAL type)
+            list(APPEND found ${target})
+        endif()
+    endforeach()
+    get_directory_property(subfolders DIRECTORY ${folder} SUBDIRECTORIES)
+    foreach(subfolder IN LISTS subfolders)
+        zan_targets_below(below ${subfolder} ${type})
+        list(APPEND found ${below})
+    endforeach()
+    set(${result} ${found} PARENT_SCOPE)
+endfunction()
+
+function(zan_install_library package_dir)
+    install(TARGETS zanengine EXPORT ZANEngineTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zanengine
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zanengine)
+    install(EXPORT ZANEngineTargets NAMESPACE ZANEngine:: DESTINATION ${package_dir})
+endfunction()
+
+# Modules and programs find the library beside them, wherever the prefix is moved to.
+function(zan_install_modules_and_programs)
+    file(RELATIVE_PATH lib_of_bin
+        ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    if(ZAN_BUILD_TRANSPORTS)
+        zan_targets_below(modules ${PROJECT_SOURCE_DIR}/transports MODULE_LIBRARY)
+    endif()
+    if(ZAN_BUILD_APPS)
+        zan_targets_below(programs ${PROJECT_SOURCE_DIR}/apps EXECUTABLE)
+    endif()
+    if(modules)
+        set_target_properties(${modules} PROPERTIES INSTALL_RPATH "$ORIGIN/..")
+        install(TARGETS ${modules} DESTINATION ${CMAKE_INSTALL_LIBDIR}/zanengine)
+    endif()
+    if(programs)
+        set_target_properties(${programs} PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_of_bin}")
+        install(TARGETS ${programs} DESTINATION ${CMAKE_INSTALL_BINDIR})
+    endif()
+endfunction()
+
+function(zan_install_package package_dir)
+    include(CMakePackageConfigHelpers)
+    configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/ZANEngineConfig.cmake.in
+        ${PROJECT_BINARY_DIR}/ZANEngineConfig.cmake
+        INSTALL_DESTINATION ${package_dir}
+        PATH_VARS CMAKE_INSTALL_LIBDIR)
+    write_basic_package_version_file(${PROJECT_BINARY_DIR}/ZANEngineConfigVersion.cmake
+        COMPATIBILITY SameMinorVersion)
+    install(FILES
+        ${PROJECT_BINARY_DIR}/ZANEngineConfig.cmake
+        ${PROJECT_BINARY_DIR}/ZANEngineConfigVersion.cmake
+        ${PROJECT_SOURCE_DIR}/cmake/ZANEngineModules.cmake
+        DESTINATION ${package_dir})
+endfunction()
+
+function(zan_install_pkg_config)
+    set(pkg_config_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+    file(RELATIVE_PATH prefix_of_pc ${pkg_config_dir} ${CMAKE_INSTALL_PREFIX})
+    file(RELATIVE_PATH libdir_of_prefix ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
+    file(RELATIVE_PATH includedir_of_prefix
+        ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+    set(pc_flags "")
+    if(ZAN_ATOMIC_COUNTS)
+        set(pc_flags " -DZAN_ATOMIC_COUNTS=1")
+    endif()
+    # Without a shared library the loader and the threads are the program's to link.
+    if(BUILD_SHARED_LIBS)
+        set(pc_libs "-pthread")
+        set(pc_private_libs "-ldl")
+    else()
+        set(pc_libs "-pthread -ldl")
+        set(pc_private_libs "")
+    endif()
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/zanengine.pc.in
+        ${PROJECT_BINARY_DIR}/zanengine.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/zanengine.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endfunction()
+
+if(ZAN_INSTALL)
+    set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ZANEngine)
+    zan_install_library(${package_dir})
+    zan_install_modules_and_programs()
+    zan_install_package(${package_dir})
+    zan_install_pkg_config()
+endif()

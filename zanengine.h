@@ -1,0 +1,71 @@
+/// Every public header of the library, for those who want one line. Each of them can also be
+/// included alone, which compiles faster.
+#ifndef ZANENGINE_ZANENGINE_H
+#define ZANENGINE_ZANENGINE_H
+
+#include "infra/DynamicMethod.h"
+#include "infra/Export.h"
+#include "infra/IMutex.h"
+#include "infra/InfraException.h"
+#include "infra/SimpleMutex.h"
+#include "infra/TSingleton.h"
+#include "infra/ThreadAnnotations.h"
+#include "infra/Time.h"
+#include "infra/Url.h"
+#include "infra/UserTicket.h"
+#include "infra/UtilityFunctions.h"
+#include "infra/Value.h"
+#include "infra/ValuePresentation.h"
+#include "infra/WrongConfigurationException.h"
+#include "infra/counted_ptr.h"
+#include "infra/ltoa.h"
+
+#include "errors/ZANAdapterCreationException.h"
+#include "errors/ZANCannotConnectException.h"
+#include "errors/ZANConnectionUnavailableException.h"
+#include "errors/ZANConnectionUnknownException.h"
+#include "errors/ZANEngineException.h"
+#include "errors/ZANEngineRemoteException.h"
+#include "errors/ZANEngineRemoteExceptionRegistrator.h"
+#include "errors/ZANEngineUnknownRemoteException.h"
+#include "errors/ZANInvalidConfigPropertiesException.h"
+#include "errors/ZANInvalidLogonException.h"
+#include "errors/ZANInvalidMessageException.h"
+#include "errors/ZANNotConnectedException.h"
+#include "errors/ZANPersistentStorageException.h"
+#include "errors/ZANSecurityException.h"
+#include "errors/ZANUtilityFunctions.h"
+
+#include "message/IZANFieldGroupWalker.h"
+#include "message/ZAN.h"
+#include "message/ZANField.h"
+#include "message/ZANFieldGroup.h"
+#include "message/ZANIterator.h"
+#include "message/ZANMessage.h"
+
+#include "events/ZANAdminMessageEvent.h"
+#include "events/ZANAppMessageEvent.h"
+#include "events/ZANConnectionState.h"
+#include "events/ZANConnectionStateEvent.h"
+#include "events/ZANEngineDefs.h"
+#include "events/ZANEvent.h"
+
+#include "adapter/AbiMark.h"
+#include "adapter/AdapterModule.h"
+#include "adapter/IZANEngine.h"
+#include "adapter/IZANEngineAdapter.h"
+#include "adapter/IZANEngineAdapterFactory.h"
+#include "adapter/IZANEngineConfigProvider.h"
+#include "adapter/IZANEventListener.h"
+#include "adapter/ZANEngineAdapterBase.h"
+
+#include "engine/AutoMutex.h"
+#include "engine/NullMutex.h"
+#include "engine/ScopedGuard.h"
+#include "engine/ZANEngineProxy.h"
+
+#include "guaranteed/ZANGMLAdapter.h"
+#include "guaranteed/ZANGMLAdapterFactory.h"
+#include "guaranteed/ZANGuaranteedEngineMessageListener.h"
+
+#endif
