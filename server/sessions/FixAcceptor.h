@@ -24,8 +24,10 @@ public:
     virtual int port() const = 0;
 
     /// Adds a session that the counterparty opens; SenderCompID is ours, TargetCompID is theirs.
-    /// Throws like `FixSession::initiator`. The session is the acceptor's and lives as long; its
-    /// `start` is the acceptor's, the fields of its Logon are those of the answer.
+    /// Throws like `FixSession::initiator`. The session is the acceptor's and lives as long.
+    /// Its `start` only sets the fields of the Logon that answers, and is called, if at all, before
+    /// the acceptor's. After its `requestLogout` the counterparty may open it again, after its
+    /// `stop` not.
     virtual FixSession& add(FixSessionSettings const& settings, FixSessionEvents& events) = 0;
 
     /// Begins to accept. A link whose first message is not a Logon for one of the sessions, or

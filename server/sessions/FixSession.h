@@ -90,7 +90,6 @@ class FixSession {
 public:
     /// A session that opens the link itself. Throws std::runtime_error naming the key when a
     /// setting is missing or bad, and when the SessionID is already live in this process.
-    /// Sets SIGPIPE to ignored for the process, as QuickFIX does.
     static std::unique_ptr<FixSession> initiator(FixSessionSettings const& settings,
                                                  FixSessionEvents& events);
 
@@ -99,7 +98,8 @@ public:
 
     /// Begins to connect and to log on, adding these fields to every Logon, and keeps at it
     /// (ReconnectInterval seconds after each failure, 30 when not set) until `requestLogout` or
-    /// `stop`. Returns at once; what happens is reported. Nothing happens when it runs already.
+    /// `stop`. Returns at once; what happens is reported. Nothing happens when it runs already;
+    /// where a logout is under way it waits for its end first. Not to be called by a report.
     virtual void start(FixFields const& logonFields) = 0;
 
     /// Sends a Logout with this text; the link closes when it is answered, or after LogoutTimeout

@@ -1,0 +1,150 @@
+#include "server/sessions/SessionRunner.h"
+
+#include <algorithm>
+
+namespace zan {
+namespace server {
+
+namespace {
+std::chrono::milliseconds const tickInterval(250);
+int const mostGarbageInARow = 16;
+} // namespace
+
+SessionRunner::SessionRunner(FixSessionSettings const& settings, bool initiator,
+                             FixSessionEvents& events)
+    : events_(events), setup_(makeLinkSetup(settings, initiator)),
+      session_(settings, initiator, events, link_), bytes_(64 * 1024) {}
+
+void SessionRunner::requestLogout(std::string const& text) {
+    {
+        std::lock_guard<std::mutex> lock(logoutMutex_);
+        logoutText_ = text;
+    }
+    logoutRequested_ = true;
+    link_.wakeUp().ring();
+}
+
+FixSendResult SessionRunner::send(std::string const& msgType, FixFields const& body,
+                                  std::chrono::milliseconds patience) {
+    if (!isLoggedOn() || isQuitting())
+        return FixSendResult::notLoggedOn;
+    if (!link_.waitForRoom(patience))
+        return isLoggedOn() && !link_.ending() ? FixSendResult::peerTooSlow
+                                               : FixSendResult::notLoggedOn;
+    return session_.send(msgType, body);
+}
+
+void SessionRunner::setReading(bool on) {
+    reading_ = on;
+    if (!link_.ending())
+        link_.wakeUp().ring();
+}
+
+void SessionRunner::quit() {
+    quitting_ = true;
+    link_.end();
+}
+
+void SessionRunner::forgetRequests() {
+    quitting_ = false;
+    forgetLogout();
+}
+
+void SessionRunner::serve(int socket, std::string const& firstMessage) {
+    logoutSaid_ = false;
+    garbageInARow_ = 0;
+    nextTick_ = Clock::now() + tickInterval;
+    link_.open(socket);
+    events_.linkUp(localAddress(socket), remoteAddress(socket));
+    session_.attach();
+    if (!firstMessage.empty())
+        session_.take(firstMessage);
+    deliver();
+    while (!link_.ending() && !quitting_) {
+        if (link_.waitForWork(reading_, timeToTick()))
+            readBytes();
+        deliver();
+        handleLogoutRequest();
+        tickWhenDue();
+    }
+    finish();
+}
+
+void SessionRunner::readBytes() {
+    long const count = link_.read(bytes_.data(), bytes_.size());
+    if (count > 0)
+        framer_.append(bytes_.data(), static_cast<std::size_t>(count));
+}
+
+void SessionRunner::deliver() {
+    std::string fault;
+    while (reading_ && !link_.ending() && !quitting_) {
+        FixFramer::Result const result = framer_.next(message_, fault);
+        if (result == FixFramer::Result::incomplete)
+            return;
+        if (result == FixFramer::Result::garbage) {
+            reportGarbage(fault);
+            continue;
+        }
+        garbageInARow_ = 0;
+        session_.take(message_);
+    }
+}
+
+// A garbled message is dropped, the gap in the numbers brings it back. Somebody who sends nothing
+// else is no counterparty.
+void SessionRunner::reportGarbage(std::string const& fault) {
+    events_.trouble(FixTrouble::badBytes, fault);
+    if (!isLoggedOn() || ++garbageInARow_ > mostGarbageInARow)
+        link_.end();
+}
+
+void SessionRunner::handleLogoutRequest() {
+    if (!logoutRequested_ || link_.ending())
+        return;
+    if (!logoutSaid_) {
+        logoutSaid_ = true;
+        logoutDeadline_ = Clock::now() + setup_.logoutTimeout;
+        std::string text;
+        {
+            std::lock_guard<std::mutex> lock(logoutMutex_);
+            text = logoutText_;
+        }
+        if (!session_.sayLogout(text))
+            link_.end();
+    } else if (Clock::now() >= logoutDeadline_) {
+        events_.trouble(FixTrouble::timedOut, "the Logout was not answered within " +
+                                                  std::to_string(setup_.logoutTimeout.count()) +
+                                                  " s");
+        link_.end();
+    }
+}
+
+void SessionRunner::tickWhenDue() {
+    if (link_.ending() || Clock::now() < nextTick_)
+        return;
+    nextTick_ = Clock::now() + tickInterval;
+    if (reading_)
+        session_.tick();
+    else
+        session_.tickWithoutReading();
+}
+
+std::chrono::milliseconds SessionRunner::timeToTick() const {
+    using std::chrono::milliseconds;
+    auto const left = std::chrono::duration_cast<milliseconds>(nextTick_ - Clock::now());
+    return std::max(left + milliseconds(1), milliseconds(0));
+}
+
+void SessionRunner::finish() {
+    std::string const fault = link_.fault();
+    if (!fault.empty() && !logoutSaid_)
+        events_.trouble(FixTrouble::session, fault);
+    session_.detach();
+    link_.close(!quitting_);
+    framer_.clear();
+    events_.linkDown();
+}
+
+} // namespace server
+} // namespace zan

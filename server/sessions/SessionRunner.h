@@ -1,0 +1,77 @@
+/// A session over one link at a time: what initiating and accepting sessions have in common.
+#ifndef ZANENGINE_SERVER_SESSIONS_SESSIONRUNNER_H
+#define ZANENGINE_SERVER_SESSIONS_SESSIONRUNNER_H
+
+#include "server/sessions/FixFramer.h"
+#include "server/sessions/FixSession.h"
+#include "server/sessions/QuickFixSession.h"
+#include "server/sessions/SessionSetup.h"
+#include "server/sessions/SocketLink.h"
+
+#include <atomic>
+#include <chrono>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace zan {
+namespace server {
+
+class SessionRunner : public FixSession {
+public:
+    void requestLogout(std::string const& text) override;
+    FixSendResult send(std::string const& msgType, FixFields const& body,
+                       std::chrono::milliseconds patience) override;
+    bool isLoggedOn() const override { return session_.isLoggedOn(); }
+    void setReading(bool on) override;
+    int nextSenderNumber() const override { return session_.nextSenderNumber(); }
+    int nextTargetNumber() const override { return session_.nextTargetNumber(); }
+
+protected:
+    SessionRunner(FixSessionSettings const& settings, bool initiator, FixSessionEvents& events);
+
+    /// Talks over this socket, which it takes over, until the link ends. `firstMessage` was read
+    /// already, or is empty; bytes that came after it are in the framer.
+    void serve(int socket, std::string const& firstMessage);
+    /// Makes `serve` return soon, and for good until `forgetRequests`.
+    void quit();
+    void forgetRequests();
+    void forgetLogout() { logoutRequested_ = false; }
+    /// Is there a reason not to open another link?
+    bool isQuitting() const { return quitting_ || logoutRequested_; }
+    bool isStopped() const { return quitting_; }
+
+    FixSessionEvents& events_;
+    LinkSetup setup_;
+    SocketLink link_;
+    QuickFixSession session_;
+    FixFramer framer_;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    void readBytes();
+    void deliver();
+    void reportGarbage(std::string const& fault);
+    void handleLogoutRequest();
+    void tickWhenDue();
+    void finish();
+    std::chrono::milliseconds timeToTick() const;
+
+    std::vector<char> bytes_;
+    std::string message_;
+    std::atomic<bool> reading_{true};
+    std::atomic<bool> quitting_{false};
+    std::atomic<bool> logoutRequested_{false};
+    std::mutex logoutMutex_;
+    std::string logoutText_;
+    bool logoutSaid_ = false;
+    int garbageInARow_ = 0;
+    Clock::time_point logoutDeadline_;
+    Clock::time_point nextTick_;
+};
+
+} // namespace server
+} // namespace zan
+
+#endif
