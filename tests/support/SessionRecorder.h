@@ -1,0 +1,98 @@
+/// A receiver of session reports that keeps them and lets a test wait for one.
+#ifndef ZANENGINE_TESTS_SUPPORT_SESSIONRECORDER_H
+#define ZANENGINE_TESTS_SUPPORT_SESSIONRECORDER_H
+
+#include "server/sessions/FixScanner.h"
+#include "server/sessions/FixSession.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+/// Every report becomes a line: `up`, `down`, `on`, `off`, `< <message>`, `> <message>`,
+/// `! <kind> <text>`; SOH is written as `|`.
+class SessionRecorder : public zan::server::FixSessionEvents {
+public:
+    void linkUp(std::string const&, std::string const&) override { add("up"); }
+    void linkDown() override { add("down"); }
+    void loggedOn(int) override { add("on"); }
+    void loggedOff() override { add("off"); }
+    void received(std::string const& message, bool) override {
+        std::function<void(std::string const&)> const action = takeAction();
+        add("< " + readable(message));
+        if (action)
+            action(message);
+    }
+    void sent(std::string const& message, bool) override { add("> " + readable(message)); }
+    void trouble(zan::server::FixTrouble kind, std::string const& text) override {
+        static char const* const kinds[] = {"unreachable", "timedOut", "badBytes", "session"};
+        add(std::string("! ") + kinds[static_cast<int>(kind)] + " " + text);
+    }
+
+    /// Called for every message that comes in, on the session's thread.
+    void onReceived(std::function<void(std::string const&)> action) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        action_ = action;
+    }
+
+    std::vector<std::string> lines() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return lines_;
+    }
+
+    std::vector<std::string> linesWith(std::string const& part) const {
+        std::vector<std::string> found;
+        for (std::string const& line : lines())
+            if (line.find(part) != std::string::npos)
+                found.push_back(line);
+        return found;
+    }
+
+    /// Waits until that many lines contain the text; false after the time limit.
+    bool waitFor(std::string const& part, std::size_t count = 1,
+                 std::chrono::milliseconds limit = std::chrono::seconds(10)) const {
+        std::unique_lock<std::mutex> lock(mutex_);
+        return changed_.wait_for(lock, limit, [&] {
+            std::size_t found = 0;
+            for (std::string const& line : lines_)
+                found += line.find(part) != std::string::npos ? 1 : 0;
+            return found >= count;
+        });
+    }
+
+    std::string all() const {
+        std::string text;
+        for (std::string const& line : lines())
+            text += line + "\n";
+        return text;
+    }
+
+private:
+    static std::string readable(std::string message) {
+        for (char& each : message)
+            if (each == '\x01')
+                each = '|';
+        return message;
+    }
+
+    std::function<void(std::string const&)> takeAction() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return action_;
+    }
+
+    void add(std::string const& line) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        lines_.push_back(line);
+        changed_.notify_all();
+    }
+
+    mutable std::mutex mutex_;
+    mutable std::condition_variable changed_;
+    std::vector<std::string> lines_;
+    std::function<void(std::string const&)> action_;
+};
+
+#endif
