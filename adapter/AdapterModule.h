@@ -19,9 +19,11 @@
 // Clang remarks on C names that return C++ classes. Both sides here are C++; the C name only makes
 // the function easy to find.
 #ifdef __clang__
+// clang-format off: a pragma's text is one literal.
 #define ZAN_ALLOW_CLASS_RESULT_BEGIN                                                               \
     _Pragma("clang diagnostic push") _Pragma("clang diagnostic ignored "                           \
                                              "\"-Wreturn-type-c-linkage\"")
+// clang-format on
 #define ZAN_ALLOW_CLASS_RESULT_END _Pragma("clang diagnostic pop")
 #else
 #define ZAN_ALLOW_CLASS_RESULT_BEGIN
