@@ -19,11 +19,9 @@
 // Clang remarks on C names that return C++ classes. Both sides here are C++; the C name only makes
 // the function easy to find.
 #ifdef __clang__
-// clang-format off: a pragma's text is one literal.
-#define ZAN_ALLOW_CLASS_RESULT_BEGIN                                                               \
-    _Pragma("clang diagnostic push") _Pragma("clang diagnostic ignored "                           \
-                                             "\"-Wreturn-type-c-linkage\"")
-// clang-format on
+#define ZAN_KEEP_WARNINGS _Pragma("clang diagnostic push")
+#define ZAN_NO_LINKAGE_WARNING _Pragma("clang diagnostic ignored \"-Wreturn-type-c-linkage\"")
+#define ZAN_ALLOW_CLASS_RESULT_BEGIN ZAN_KEEP_WARNINGS ZAN_NO_LINKAGE_WARNING
 #define ZAN_ALLOW_CLASS_RESULT_END _Pragma("clang diagnostic pop")
 #else
 #define ZAN_ALLOW_CLASS_RESULT_BEGIN
@@ -31,8 +29,8 @@
 #endif
 
 /// Defines the exported function `create_<protocol>_engineadapter` around `function`, and beside it
-/// the module's ABI mark `zan_abi_mark_<protocol>`. Used at namespace scope; a semicolon may
-/// follow.
+/// the module's ABI mark `zan_abi_mark_<protocol>`. Used at namespace scope, with a
+/// semicolon.
 ///
 /// `function` takes the `Url const&` that the application gave and returns a
 /// `counted_ptr<IZANEngineAdapter>`, a new adapter that is not started. What it throws as an
