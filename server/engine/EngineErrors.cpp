@@ -1,0 +1,25 @@
+#include "server/engine/EngineErrors.h"
+
+#include "errors/ZANUtilityFunctions.h"
+
+#include <algorithm>
+#include <iostream>
+#include <mutex>
+
+namespace zan::server {
+
+void failAs(std::string const& type, std::string const& text) {
+    // The registry counts its references plainly: even a lookup is for one thread at a time.
+    static std::mutex registry;
+    std::lock_guard const lock(registry);
+    ZANUtilityFunctions::throwConcreteRemoteException(type, text);
+}
+
+void report(std::string const& connection, std::string const& text) {
+    std::string line = "Connection " + connection + ": " + text;
+    std::ranges::replace_if(
+        line, [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    std::cout << line + '\n' << std::flush;
+}
+
+} // namespace zan::server

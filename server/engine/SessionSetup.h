@@ -1,0 +1,29 @@
+/// From the settings of a connection to what its session needs, and to what applications may see.
+///
+/// Threads: functions without shared state.
+#ifndef ZANENGINE_SERVER_ENGINE_SESSIONSETUP_H
+#define ZANENGINE_SERVER_ENGINE_SESSIONSETUP_H
+
+#include "server/config/SessionFile.h"
+#include "server/sessions/FixSession.h"
+
+#include <string>
+
+namespace zan::server {
+
+/// The groups that the connection's messages have: by its own DataDictionary, or by the one that is
+/// built in for its version. Throws `WrongConfigurationException`.
+GroupDictionary loadDictionary(ConnectionSettings const& settings);
+
+FixSessionSettings sessionSettings(ConnectionSettings const& settings,
+                                   std::string const& dataFolder,
+                                   GroupDictionary const& dictionary);
+
+/// One `key=value` a line: the effective settings, then the fields that are added to the Logon.
+/// The values of secrets are shown as `***`.
+std::string propertiesText(ConnectionSettings const& settings, std::string const& dataFolder,
+                           FixFields const& logonFields);
+
+} // namespace zan::server
+
+#endif
