@@ -81,6 +81,7 @@ endfunction()
 function(zan_install_pkg_config)
     set(pkg_config_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
     file(RELATIVE_PATH prefix_of_pc ${pkg_config_dir} ${CMAKE_INSTALL_PREFIX})
+    string(REGEX REPLACE "/$" "" prefix_of_pc "${prefix_of_pc}")
     file(RELATIVE_PATH libdir_of_prefix ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
     file(RELATIVE_PATH includedir_of_prefix
         ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})

@@ -1,0 +1,107 @@
+# The gates of scripts/ci: gate_<name> runs in the root of the project, under set -e, and fails by
+# its exit status. To be sourced after common.sh.
+
+# In the order in which `all` runs them: the quick ones first, then what others build upon.
+GATES=(format arrows build headers test docs install bench tidy m32 asan tsan)
+
+list_gates() {
+    cat <<'TEXT'
+format   the layout of every C++ file, by clang-format
+arrows   includes go down the table of folders, never up
+build    GCC and Clang, warnings are errors
+headers  each public header alone: GCC and Clang, C++17, C++20 and C++23
+test     all tests, in the build tree of scripts/test
+docs     API pages without warnings; the code and the links of the documents
+install  the installed package, proved by consumers outside the tree; and as a subproject
+bench    every benchmark, run briefly
+tidy     clang-tidy
+m32      library and tests as 32-bit programs
+asan     tests under AddressSanitizer, LeakSanitizer and UndefinedBehaviorSanitizer
+tsan     tests under ThreadSanitizer
+TEXT
+}
+
+tracked() {
+    git ls-files -- "$@"
+}
+
+gate_format() {
+    tracked '*.h' '*.cpp' | xargs -r -P 2 -n 25 clang-format --dry-run -Werror
+}
+
+gate_arrows() {
+    python3 scripts/lib/check_arrows.py
+}
+
+gate_build() {
+    build_default
+    build_clang
+}
+
+# The tree of scripts/test, where CI also turns warnings into errors.
+build_default() {
+    grep -qs '^ZAN_WARNINGS_AS_ERRORS:BOOL=ON' build/default/CMakeCache.txt ||
+        configure default -DZAN_WARNINGS_AS_ERRORS=ON
+    build default
+}
+
+build_clang() {
+    configure clang
+    build clang
+}
+
+gate_headers() {
+    build_default
+    python3 scripts/lib/check_headers.py build/default/public_headers.txt
+}
+
+gate_test() {
+    build_default
+    ctest --preset default
+}
+
+gate_docs() {
+    build_default
+    mkdir -p build/docs
+    doxygen docs/Doxyfile
+    python3 scripts/lib/check_documents.py build/default
+}
+
+gate_install() {
+    build_default
+    bash scripts/lib/check_install.sh build/default
+}
+
+gate_bench() {
+    configure default
+    build default zan_benchmarks
+    build/default/bin/zan_benchmarks --benchmark_min_time=0.001
+}
+
+# Generated sources must be there before they can be read, so Clang's tree is built first.
+gate_tidy() {
+    build_clang
+    run-clang-tidy -quiet -j 2 -p build/clang \
+        "$ROOT/(infra|errors|message|events|adapter|engine|guaranteed|server|transports|apps|examples)/.*"
+}
+
+gate_m32() {
+    test_in m32
+}
+
+gate_asan() {
+    export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:check_initialization_order=1
+    export UBSAN_OPTIONS=print_stacktrace=1
+    test_in asan
+}
+
+gate_tsan() {
+    export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
+    test_in tsan
+}
+
+test_in() {
+    configure "$1"
+    build "$1"
+    ctest --preset "$1"
+}
