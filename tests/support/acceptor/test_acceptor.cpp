@@ -7,7 +7,7 @@
 // QuickFIX binds its port on every address of the machine; connect over loopback.
 #include <atomic>
 #include <csignal>
-#include <cstring>
+#include <initializer_list>
 #include <iostream>
 #include <memory>
 #include <mutex>
@@ -18,6 +18,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <quickfix/DataDictionaryProvider.h>
 #include <quickfix/FileStore.h>
 #include <quickfix/MessageStore.h>
 #include <quickfix/Session.h>
@@ -172,6 +173,27 @@ void Counterparty::report(std::string const& order, FIX::SessionID const& id) {
     sendFields("8", fields + bodyOf(order), id);
 }
 
+FIX::DataDictionary members(std::initializer_list<int> tags) {
+    FIX::DataDictionary group;
+    for (int const tag : tags)
+        group.addField(tag);
+    return group;
+}
+
+// The groups that the tests send in orders. Without a version a dictionary knows groups but does
+// not judge messages, so that unknown types and fields pass.
+FIX::DataDictionaryProvider dictionaryFor(std::string const& beginString) {
+    auto const dictionary = std::make_shared<FIX::DataDictionary>();
+    FIX::DataDictionary parties = members({448, 447, 452, 802});
+    parties.addGroup("D", 802, 523, members({523, 803}));
+    dictionary->addGroup("D", 453, 448, parties);
+    dictionary->addGroup("D", 78, 79, members({79, 80}));
+    dictionary->addGroup("D", 454, 455, members({455, 456}));
+    FIX::DataDictionaryProvider provider;
+    provider.addTransportDataDictionary(FIX::BeginString(beginString), dictionary);
+    return provider;
+}
+
 int freePort() {
     int const probe = socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address = {};
@@ -242,6 +264,8 @@ void serve(Options const& options, sigset_t const& ends) {
     if (!options.store.empty())
         stores.reset(new FIX::FileStoreFactory(options.store));
     FIX::ThreadedSocketAcceptor acceptor(counterparty, *stores, settings, logs);
+    FIX::SessionID const id(options.beginString, options.sender, options.target);
+    acceptor.getSession(id)->setDataDictionaryProvider(dictionaryFor(options.beginString));
     acceptor.start();
     print("listening on 127.0.0.1:" + std::to_string(port));
     int signal = 0;
