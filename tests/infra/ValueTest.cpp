@@ -89,27 +89,28 @@ TEST(Value, PrintsEveryTypeInItsTextForm) {
     EXPECT_EQ("1", printed(makeChar('1')));
 }
 
-struct DoubleCase {
-    double number;
-    char const* text;
-};
-
-class DoubleText : public testing::TestWithParam<DoubleCase> {};
-
-TEST_P(DoubleText, IsTheShortestWithoutAnExponentBetween1eMinus5And1e15) {
-    EXPECT_EQ(GetParam().text, printed(makeDouble(GetParam().number)));
+TEST(Value, PrintsDoublesShortestWithoutAnExponentBetween1eMinus5And1e15) {
+    struct {
+        double number;
+        char const* text;
+    } const cases[] = {
+        {0.0, "0"},
+        {1.0, "1"},
+        {-1.5, "-1.5"},
+        {0.1, "0.1"},
+        {100000.0, "100000"},
+        {1e-5, "0.00001"},
+        {0.000123, "0.000123"},
+        {1e15, "1000000000000000"},
+        {123456789.125, "123456789.125"},
+        {1.0 / 3.0, "0.3333333333333333"},
+        {1e22, "1e+22"},
+        {1e-7, "1e-07"},
+    };
+    for (auto const& entry : cases) {
+        EXPECT_EQ(entry.text, printed(makeDouble(entry.number)));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Values, DoubleText,
-                         testing::Values(DoubleCase{0.0, "0"}, DoubleCase{1.0, "1"},
-                                         DoubleCase{-1.5, "-1.5"}, DoubleCase{0.1, "0.1"},
-                                         DoubleCase{100000.0, "100000"},
-                                         DoubleCase{1e-5, "0.00001"},
-                                         DoubleCase{0.000123, "0.000123"},
-                                         DoubleCase{1e15, "1000000000000000"},
-                                         DoubleCase{123456789.125, "123456789.125"},
-                                         DoubleCase{1.0 / 3.0, "0.3333333333333333"},
-                                         DoubleCase{1e22, "1e+22"}, DoubleCase{1e-7, "1e-07"}));
 
 TEST(Value, DoublesReadBackToTheSameValue) {
     for (double const number : {0.1, 1e-5, 123456.789, 1e15 / 7, 2.2250738585072014e-5}) {

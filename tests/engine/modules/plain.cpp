@@ -1,0 +1,9 @@
+// A creation function as an adapter author may write it by hand: without an ABI mark.
+#include "SpokenAdapter.h"
+#include "infra/Url.h"
+
+extern "C" ZAN_API counted_ptr<IZANEngineAdapter> create_plain_engineadapter(Url const& url);
+
+extern "C" counted_ptr<IZANEngineAdapter> create_plain_engineadapter(Url const& url) {
+    return counted_ptr<IZANEngineAdapter>(new SpokenAdapter(url.getPath()));
+}
