@@ -161,10 +161,10 @@ void printFloor(benchmark::State& state) {
 
 BENCHMARK_CAPTURE(build, 12, false);
 BENCHMARK_CAPTURE(build, G, true);
-BENCHMARK_CAPTURE(buildQuickFix, 12 / ready, false, quickfix::Values::ready);
-BENCHMARK_CAPTURE(buildQuickFix, G / ready, true, quickfix::Values::ready);
-BENCHMARK_CAPTURE(buildQuickFix, 12 / typed, false, quickfix::Values::typed);
-BENCHMARK_CAPTURE(buildQuickFix, G / typed, true, quickfix::Values::typed);
+BENCHMARK_CAPTURE(buildQuickFix, 12_ready, false, quickfix::Values::ready);
+BENCHMARK_CAPTURE(buildQuickFix, G_ready, true, quickfix::Values::ready);
+BENCHMARK_CAPTURE(buildQuickFix, 12_typed, false, quickfix::Values::typed);
+BENCHMARK_CAPTURE(buildQuickFix, G_typed, true, quickfix::Values::typed);
 BENCHMARK_CAPTURE(buildFloor, 12, false);
 BENCHMARK_CAPTURE(buildFloor, G, true);
 BENCHMARK_CAPTURE(copy, 12, false);
