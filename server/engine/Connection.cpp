@@ -7,8 +7,8 @@
 #include "errors/ZANNotConnectedException.h"
 #include "errors/ZANPersistentStorageException.h"
 #include "infra/WrongConfigurationException.h"
+#include "server/engine/ConnectionSetup.h"
 #include "server/engine/EngineErrors.h"
-#include "server/engine/SessionSetup.h"
 #include "server/wire/FieldText.h"
 
 #include <utility>

@@ -1,4 +1,4 @@
-#include "server/engine/SessionSetup.h"
+#include "server/engine/ConnectionSetup.h"
 
 #include "infra/WrongConfigurationException.h"
 #include "server/config/SessionKeys.h"

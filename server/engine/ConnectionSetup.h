@@ -1,8 +1,8 @@
 /// From the settings of a connection to what its session needs, and to what applications may see.
 ///
 /// Threads: functions without shared state.
-#ifndef ZANENGINE_SERVER_ENGINE_SESSIONSETUP_H
-#define ZANENGINE_SERVER_ENGINE_SESSIONSETUP_H
+#ifndef ZANENGINE_SERVER_ENGINE_CONNECTIONSETUP_H
+#define ZANENGINE_SERVER_ENGINE_CONNECTIONSETUP_H
 
 #include "server/config/SessionFile.h"
 #include "server/sessions/FixSession.h"
