@@ -10,9 +10,8 @@
 
 using Keys = std::vector<std::pair<std::string, std::string>>;
 
-inline zan::server::FixSessionSettings settingsFor(std::string const& sender,
-                                                   std::string const& target, int port,
-                                                   Keys const& more = {}) {
+inline zan::server::FixSessionSettings
+settingsFor(std::string const& sender, std::string const& target, int port, Keys const& more = {}) {
     zan::server::FixSessionSettings settings;
     settings.keys = {{"BeginString", "FIX.4.4"},
                      {"SenderCompID", sender},
