@@ -157,6 +157,16 @@ void releaseSlowly(void* block, std::size_t sizeClass) noexcept {
     ++list.count;
 }
 
+#else
+
+void* allocate(std::size_t size) {
+    return ::operator new(size);
+}
+
+void release(void* block, std::size_t) noexcept {
+    ::operator delete(block);
+}
+
 #endif
 
 } // namespace pool

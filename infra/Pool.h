@@ -83,12 +83,8 @@ inline void release(void* block, std::size_t size) noexcept {
 #else
 
 // Free lists hide a use after free from a sanitizer, so its builds do without them.
-inline void* allocate(std::size_t size) {
-    return ::operator new(size);
-}
-inline void release(void* block, std::size_t) noexcept {
-    ::operator delete(block);
-}
+void* allocate(std::size_t size);
+void release(void* block, std::size_t size) noexcept;
 
 #endif
 
