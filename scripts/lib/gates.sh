@@ -63,7 +63,10 @@ gate_test() {
 gate_docs() {
     build_default
     mkdir -p build/docs
-    doxygen docs/Doxyfile
+    {
+        cat docs/Doxyfile
+        printf 'INPUT = %s\n' "$(tr '\n' ' ' <build/default/public_headers.txt)"
+    } | doxygen -
     python3 scripts/lib/check_documents.py build/default
 }
 
