@@ -1,0 +1,104 @@
+#include "server/counterparty/Counterparty.h"
+
+#include "server/sessions/SessionPair.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+using namespace zan::server;
+using namespace std::chrono_literals;
+
+/// What a counterparty prints, one line each with SOH as `|`.
+class Printed {
+public:
+    void add(char direction, std::string text) {
+        for (char& each : text)
+            if (each == '\x01')
+                each = '|';
+        std::lock_guard const lock(mutex_);
+        lines_.push_back(std::string(1, direction) + " " + text);
+    }
+    std::size_t count(std::string const& part) const {
+        std::lock_guard const lock(mutex_);
+        return static_cast<std::size_t>(
+            std::count_if(lines_.begin(), lines_.end(), [&](std::string const& line) {
+                return line.find(part) != std::string::npos;
+            }));
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::vector<std::string> lines_;
+};
+
+struct Client {
+    explicit Client(int port)
+        : session(FixSession::initiator(settingsFor("CLIENT", "COUNTERPARTY", port), events)) {
+        session->start({});
+    }
+    FixSendResult send(std::string const& type, FixFields const& body) {
+        return session->send(type, body, 1s);
+    }
+    SessionRecorder events;
+    std::unique_ptr<FixSession> session;
+};
+
+TEST(Counterparty, FillsAnOrderOverItsSession) {
+    Counterparty const counterparty{CounterpartySettings()};
+    Client client(counterparty.port());
+    ASSERT_TRUE(client.events.waitFor("on"));
+    client.send("D", {{11, "A"}, {55, "IBM"}, {54, "1"}, {38, "100"}, {40, "2"}, {44, "12"}});
+    ASSERT_TRUE(client.events.waitFor("|35=8|", 3));
+    auto const reports = client.events.linesWith("|35=8|");
+    EXPECT_NE(reports[0].find("|39=0|"), std::string::npos);
+    EXPECT_NE(reports[1].find("|39=1|"), std::string::npos);
+    EXPECT_NE(reports[2].find("|39=2|"), std::string::npos);
+}
+
+TEST(Counterparty, PrintsEachMessageOnce) {
+    Printed printed;
+    Counterparty const counterparty(
+        CounterpartySettings(),
+        [&](char direction, std::string const& text) { printed.add(direction, text); });
+    Client client(counterparty.port());
+    ASSERT_TRUE(client.events.waitFor("on"));
+    client.send("D", {{11, "A"}, {55, "IBM"}, {54, "1"}, {38, "100"}, {40, "1"}});
+    ASSERT_TRUE(client.events.waitFor("|35=8|", 3));
+    EXPECT_EQ(printed.count("|35=D|"), 1u);
+    EXPECT_EQ(printed.count("|39=0|"), 1u);
+    EXPECT_EQ(printed.count("|39=1|"), 1u);
+    EXPECT_EQ(printed.count("|39=2|"), 1u);
+    EXPECT_EQ(printed.count("|35=A|"), 2u);
+}
+
+TEST(Counterparty, LogsItsClientOutWithAReason) {
+    Counterparty counterparty{CounterpartySettings()};
+    Client client(counterparty.port());
+    ASSERT_TRUE(client.events.waitFor("on"));
+    counterparty.logOut("the desk closes");
+    EXPECT_TRUE(client.events.waitFor("|58=the desk closes|"));
+    EXPECT_TRUE(client.events.waitFor("down"));
+}
+
+TEST(Counterparty, TakesItsClientAgain) {
+    Counterparty const counterparty{CounterpartySettings()};
+    Client client(counterparty.port());
+    ASSERT_TRUE(client.events.waitFor("on"));
+    client.session->requestLogout("");
+    ASSERT_TRUE(client.events.waitFor("down"));
+    client.session->start({});
+    EXPECT_TRUE(client.events.waitFor("on", 2));
+}
+
+TEST(Counterparty, NamesThePortThatIsTaken) {
+    Counterparty const first{CounterpartySettings()};
+    CounterpartySettings settings;
+    settings.port = first.port();
+    settings.sender = "OTHER";
+    EXPECT_THROW(Counterparty{settings}, std::runtime_error);
+}
+
+} // namespace
