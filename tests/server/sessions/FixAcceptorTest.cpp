@@ -27,9 +27,9 @@ TEST(FixAcceptor, NamesAddressAndReasonWhenThePortIsTaken) {
 }
 
 TEST(FixAcceptor, ServesSeveralSessions) {
-    auto const acceptor = FixAcceptor::listen("127.0.0.1", 0);
     SessionRecorder theirs[2];
     SessionRecorder ours[2];
+    auto const acceptor = FixAcceptor::listen("127.0.0.1", 0);
     acceptor->add(settingsFor("THEM", "ONE", 0), theirs[0]);
     acceptor->add(settingsFor("THEM", "TWO", 0), theirs[1]);
     acceptor->start();
