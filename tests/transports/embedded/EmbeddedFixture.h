@@ -1,0 +1,127 @@
+/// What the tests of the embedded engine share: a folder, a counterparty in another process, the
+/// facade.
+#ifndef ZANENGINE_TESTS_TRANSPORTS_EMBEDDED_EMBEDDEDFIXTURE_H
+#define ZANENGINE_TESTS_TRANSPORTS_EMBEDDED_EMBEDDEDFIXTURE_H
+
+#include "engine/ZANEngineProxy.h"
+#include "events/ZANEngineDefs.h"
+#include "infra/Url.h"
+#include "support/ChildProcess.h"
+#include "support/EventRecorder.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The text of the exception of class `Failure` that `call` throws.
+template <class Failure, class Call>
+std::string failureOf(Call call) {
+    try {
+        call();
+    } catch (Failure const& e) {
+        return e.getMessage();
+    } catch (std::exception const& e) {
+        return std::string("another exception: ") + e.what();
+    }
+    return "no exception";
+}
+
+class EmbeddedTest : public testing::Test {
+protected:
+    using Clock = std::chrono::steady_clock;
+
+    void SetUp() override {
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "zan-embedded-XXXXXX").string();
+        folder_ = mkdtemp(pattern.data());
+    }
+
+    void TearDown() override {
+        ZANEngineProxy::uninitialize();
+        acceptor_.reset();
+        std::filesystem::remove_all(folder_);
+    }
+
+    /// Starts the counterparty; a second time on the same port, with the numbers it had.
+    void startAcceptor(std::vector<std::string> arguments = {}) {
+        std::string const store = folder_ + "/theirs";
+        std::filesystem::create_directories(store);
+        arguments.insert(arguments.end(), {"--store", store});
+        if (port_ != 0) {
+            arguments.insert(arguments.end(), {"--port", std::to_string(port_)});
+        }
+        acceptor_.emplace(TEST_ACCEPTOR, arguments);
+        std::string const line = acceptor_->waitForLine("listening on");
+        ASSERT_FALSE(line.empty()) << "the counterparty does not start";
+        port_ = std::stoi(line.substr(line.rfind(':') + 1));
+    }
+
+    /// Starts the engine with a connection `C` to the counterparty.
+    void startEngine(std::string const& more = "") {
+        ZANEngineProxy::initialize(Url("embedded:" + writeSessionFile(sessionText(more))));
+    }
+
+    std::string sessionText(std::string const& more = "") const {
+        return "[SESSION]\nConnectionName=C\nConnectionType=initiator\nBeginString=FIX.4.4\n"
+               "SenderCompID=US\nTargetCompID=THEM\nStartTime=00:00:00\nEndTime=00:00:00\n"
+               "HeartBtInt=10\nReconnectInterval=1\nLogonTimeout=3\nSocketNodelay=Y\n"
+               "SocketConnectHost=127.0.0.1\nSocketConnectPort=" +
+               std::to_string(port_) + "\n" + more;
+    }
+
+    std::string writeSessionFile(std::string const& text) const {
+        std::string const path = folder_ + "/sessions.cfg";
+        std::ofstream(path) << text;
+        return path;
+    }
+
+    void startAndConnect(std::vector<std::string> const& arguments = {}) {
+        startAcceptor(arguments);
+        startEngine();
+        engine().connect(me, "C");
+    }
+
+    static ZANEngineProxy& engine() { return ZANEngineProxy::getInstance(); }
+
+    /// A recorder of all kinds of events of connection `C`, straight from the engine.
+    EventRecorder& record() {
+        auto* const recorder = new EventRecorder;
+        recorders_.push_back(counted_ptr<IZANEventListener>(recorder));
+        engine().subscribeDirect(me, "C", true, true, true, recorders_.back());
+        return *recorder;
+    }
+
+    static bool isConnected() { return engine().isConnected(me, "C"); }
+
+    /// True as soon as `test` is, within ten seconds.
+    static bool eventually(std::function<bool()> const& test) {
+        auto const deadline = Clock::now() + std::chrono::seconds(10);
+        while (!test()) {
+            if (Clock::now() > deadline) {
+                return false;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        return true;
+    }
+
+    static std::string order(std::string const& id) {
+        return "35=D|11=" + id + "|55=IBM|54=1|38=100|40=2|44=10|60=20261121-09:30:00";
+    }
+
+    static bool isReport(SeenEvent const& event) { return event.isType("8"); }
+
+    static inline UserTicket const me{"tester", ""};
+    std::string folder_;
+    int port_ = 0;
+    std::optional<ChildProcess> acceptor_;
+    std::vector<counted_ptr<IZANEventListener>> recorders_;
+};
+
+#endif

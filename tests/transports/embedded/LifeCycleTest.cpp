@@ -1,0 +1,133 @@
+#include "EmbeddedFixture.h"
+
+#include "errors/ZANEngineException.h"
+#include "guaranteed/ZANGMLAdapterFactory.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <set>
+
+namespace {
+
+using LifeCycleTest = EmbeddedTest;
+
+std::set<std::string> temporaryFolders() {
+    std::set<std::string> folders;
+    for (auto const& entry :
+         std::filesystem::directory_iterator(std::filesystem::temp_directory_path())) {
+        std::string const name = entry.path().filename().string();
+        if (name.starts_with("zan-engine-")) {
+            folders.insert(name);
+        }
+    }
+    return folders;
+}
+
+TEST_F(LifeCycleTest, MayBeRepeated) {
+    startAcceptor();
+    for (int i = 0; i < 3; ++i) {
+        startEngine();
+        engine().connect(me, "C");
+        EXPECT_TRUE(isConnected());
+        ZANEngineProxy::uninitialize();
+        EXPECT_FALSE(ZANEngineProxy::isInitialized());
+    }
+}
+
+TEST_F(LifeCycleTest, LogsOutWhenTheEngineStops) {
+    startAndConnect();
+    ZANEngineProxy::uninitialize();
+    std::string const logout = acceptor_->waitForLine("|35=5|");
+    EXPECT_NE(logout.find("|58=the engine stops|"), std::string::npos) << logout;
+}
+
+TEST_F(LifeCycleTest, DeliversTheLastEventsBeforeTheEngineIsGone) {
+    startAndConnect();
+    EventRecorder& recorder = record();
+    ZANEngineProxy::uninitialize();
+    std::vector<SeenEvent> const events = recorder.events();
+    ASSERT_FALSE(events.empty());
+    EXPECT_EQ(events.back().flags, FLAG_LOGGED_OUT | FLAG_DISCONNECTED);
+}
+
+TEST_F(LifeCycleTest, GoesOnWithItsNumbersAfterARestart) {
+    startAndConnect();
+    EventRecorder& recorder = record();
+    engine().sendMessage(me, "C", order("one"));
+    ASSERT_TRUE(recorder.waitFor(isReport));
+    ZANEngineProxy::uninitialize();
+    startEngine();
+    engine().connect(me, "C");
+    engine().sendMessage(me, "C", order("two"));
+    std::string const second = acceptor_->waitForLine("|11=two|");
+    // Logon, order, Logout, Logon, order
+    EXPECT_NE(second.find("|34=5|"), std::string::npos) << second;
+}
+
+TEST_F(LifeCycleTest, CannotBeEndedByAListener) {
+    startAndConnect();
+    EventRecorder& recorder = record();
+    std::atomic<bool> isRefused{false};
+    recorder.onEvent = [&] {
+        isRefused = failureOf<ZANEngineException>([] { ZANEngineProxy::uninitialize(); }) ==
+                    "a listener cannot stop the engine that is calling it";
+    };
+    engine().sendMessage(me, "C", order("x"));
+    ASSERT_TRUE(recorder.waitFor(isReport));
+    EXPECT_TRUE(isRefused);
+    EXPECT_TRUE(isConnected());
+}
+
+TEST_F(LifeCycleTest, StopsInTimeWhenTheCounterpartyIsMute) {
+    startAndConnect({"--mute"});
+    auto const before = Clock::now();
+    ZANEngineProxy::uninitialize();
+    EXPECT_LT(Clock::now() - before, std::chrono::seconds(4));
+}
+
+TEST_F(LifeCycleTest, NeedsNoLockOfTheFacade) {
+    startAcceptor();
+    startEngine();
+    EXPECT_EQ(&engine().getGMLAdapterFactory(), &engine().getGMLAdapterFactory());
+}
+
+TEST_F(LifeCycleTest, OfTheDemoNeedsNoSetUp) {
+    auto const before = temporaryFolders();
+    ZANEngineProxy::initialize(Url("embedded:demo"));
+    EXPECT_EQ(temporaryFolders().size(), before.size() + 1);
+    std::vector<std::string> names;
+    engine().getConnectionNameList(me, names);
+    ASSERT_EQ(names, std::vector<std::string>{"DEMO"});
+    auto* const recorder = new EventRecorder;
+    counted_ptr<IZANEventListener> listener(recorder);
+    engine().subscribeDirect(me, "DEMO", true, true, true, listener);
+    engine().connect(me, "DEMO");
+    engine().sendMessage(me, "DEMO", order("demo-1"));
+    EXPECT_TRUE(recorder->waitFor([](SeenEvent const& e) { return e.field(39) == "2"; }));
+    EXPECT_EQ(recorder->first([](SeenEvent const& e) { return e.field(39) == "2"; }).field(14),
+              "100");
+    ZANEngineProxy::uninitialize();
+    EXPECT_EQ(temporaryFolders(), before);
+}
+
+TEST_F(LifeCycleTest, OfTheDemoMayBeRepeated) {
+    for (int i = 0; i < 3; ++i) {
+        ZANEngineProxy::initialize(Url("embedded:demo"));
+        engine().connect(me, "DEMO");
+        EXPECT_TRUE(engine().isConnected(me, "DEMO"));
+        ZANEngineProxy::uninitialize();
+    }
+}
+
+// What a program does that ends without a word to the engine.
+TEST_F(LifeCycleTest, MayEndWithTheProgram) {
+    EXPECT_EXIT(
+        {
+            ZANEngineProxy::initialize(Url("embedded:demo"));
+            engine().connect(me, "DEMO");
+            std::exit(7);
+        },
+        testing::ExitedWithCode(7), "");
+}
+
+} // namespace
