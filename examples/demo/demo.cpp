@@ -1,0 +1,117 @@
+// The demo: an application trades with a counterparty over real FIX, and shows the conversation.
+#include "Conversation.h"
+
+#include <iostream>
+#include <stdexcept>
+
+namespace {
+
+std::string const connection = "DEMO";
+UserTicket const trader("trader", "");
+
+void check(bool isTrue, std::string const& what) {
+    if (!isTrue) {
+        throw std::runtime_error("it is not true that " + what);
+    }
+}
+
+double numberIn(Conversation::Fields const& fields, int tag) {
+    return std::stod(fields.at(tag));
+}
+
+// Built as a model, with a repeating group: who acts for whom.
+counted_ptr<ZANMessage> limitOrder() {
+    counted_ptr<ZANFieldGroup> const order(new ZANFieldGroup(ZAN::MSGTYPE_NEW_ORDER_SINGLE));
+    order->setFieldValue(11, "demo-1");
+    order->setFieldValue(55, "IBM");
+    order->setFieldValue(54, '1');
+    order->setFieldValue(38, 100);
+    order->setFieldValue(40, '2');
+    order->setFieldValue(44, 95.5);
+    order->setFieldValue(60, infra::Time::now().toString());
+    counted_ptr<ZANFieldGroup> const desk(new ZANFieldGroup(453));
+    desk->setFieldValue(448, "DESK-7");
+    desk->setFieldValue(447, 'D');
+    desk->setFieldValue(452, 24);
+    order->addGroup(desk);
+    return counted_ptr<ZANMessage>(new ZANMessage(order));
+}
+
+void tradeLimitOrder(ZANEngineProxy& engine, Conversation& conversation) {
+    conversation.explain("An order to buy 100 IBM at 95.5: it is acknowledged, then filled in two "
+                         "parts.");
+    engine.sendMessage(trader, connection, limitOrder());
+    auto const acknowledged = conversation.waitForReport("demo-1", '0');
+    check(numberIn(acknowledged, 151) == 100, "all of the new order is open");
+    auto const filled = conversation.waitForReport("demo-1", '2');
+    double quantity = 0;
+    int fills = 0;
+    for (auto const& report : conversation.reportsOn("demo-1")) {
+        if (report.contains(32) && report.at(39) != "0") {
+            quantity += numberIn(report, 32);
+            ++fills;
+        }
+    }
+    check(fills == 2, "the order was filled in two parts");
+    check(quantity == 100 && numberIn(filled, 14) == 100 && numberIn(filled, 151) == 0,
+          "the fills add up to the order");
+}
+
+void cancelRestingOrder(ZANEngineProxy& engine, Conversation& conversation) {
+    conversation.explain("An order that nobody takes, sent as text: it rests, and is cancelled.");
+    std::string const now = infra::Time::now().toString();
+    engine.sendMessage(trader, connection,
+                       "35=D|11=demo-2|55=IBM|54=1|38=50|40=2|44=0.5|60=" + now);
+    conversation.waitForReport("demo-2", '0');
+    engine.sendMessage(trader, connection, "35=F|41=demo-2|11=demo-3|55=IBM|54=1|38=50|60=" + now);
+    auto const cancelled = conversation.waitForReport("demo-3", '4');
+    check(numberIn(cancelled, 14) == 0 && numberIn(cancelled, 151) == 0,
+          "nothing of the cancelled order was filled, and nothing is open");
+}
+
+void ping(ZANEngineProxy& engine, Conversation& conversation) {
+    conversation.explain("Is the counterparty there? A test request, answered by a heartbeat.");
+    check(engine.pingConnection(trader, connection, 5000), "the counterparty answers");
+}
+
+void logOut(ZANEngineProxy& engine, Conversation& conversation) {
+    conversation.explain("Good night: both sides log out, and the link is closed.");
+    engine.disconnect(trader, connection, "end of the demo");
+    conversation.waitForState(FLAG_LOGGED_OUT | FLAG_DISCONNECTED);
+    check(conversation.sent("5") == 1 && conversation.received("5") == 1,
+          "each side sent one Logout");
+}
+
+void showConversation() {
+    std::cout << "An application with an engine inside it, and a counterparty that fills orders, "
+                 "over real FIX.\n"
+                 "->  goes out, <-  comes in, --  is the state of the connection; the time is "
+                 "UTC.\n";
+    ZANEngineProxy::initialize(Url("embedded:demo"));
+    ZANEngineProxy& engine = ZANEngineProxy::getInstance();
+    auto* const conversation = new Conversation;
+    counted_ptr<IZANEventListener> listener(conversation);
+    engine.subscribeDirect(trader, connection, true, true, true, listener);
+
+    conversation->explain("The connection is opened.");
+    engine.connect(trader, connection);
+    conversation->waitForState(FLAG_LINK_ACTIVE | FLAG_SESSION_ACTIVE);
+    tradeLimitOrder(engine, *conversation);
+    cancelRestingOrder(engine, *conversation);
+    ping(engine, *conversation);
+    logOut(engine, *conversation);
+    conversation->explain("All as it should be: acknowledged, filled 100 of 100, cancelled, "
+                          "answered, logged out.");
+    ZANEngineProxy::uninitialize();
+}
+
+} // namespace
+
+int main() {
+    try {
+        showConversation();
+    } catch (std::exception const& e) {
+        std::cerr << "\nThe demo failed: " << e.what() << std::endl;
+        return 1;
+    }
+}
