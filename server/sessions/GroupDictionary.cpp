@@ -67,7 +67,9 @@ MessageGroups groupsOf(std::string const& type, FIX::DataDictionary const& dicti
 GroupDictionary parseGroups(std::string const& xml, std::string const& name) {
     try {
         std::istringstream stream(xml);
-        FIX::DataDictionary const dictionary(stream);
+        // Its constructor would leak what it has read when it throws.
+        FIX::DataDictionary dictionary;
+        dictionary.readFromStream(stream);
         std::vector<int> const tags = tagsIn(xml, dictionary);
         GroupDictionary result;
         result.beginString = dictionary.getVersion();
