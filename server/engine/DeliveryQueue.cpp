@@ -63,10 +63,11 @@ bool DeliveryQueue::waitForRoom(std::chrono::milliseconds patience) {
 }
 
 bool DeliveryQueue::isDelivering() const {
-    return std::this_thread::get_id() == thread_.get_id();
+    return std::this_thread::get_id() == deliveringThread_;
 }
 
 void DeliveryQueue::run() {
+    deliveringThread_ = std::this_thread::get_id();
     std::vector<Delivery> batch;
     while (true) {
         {

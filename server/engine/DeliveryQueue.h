@@ -6,6 +6,7 @@
 
 #include "server/engine/LinkState.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
@@ -70,6 +71,7 @@ private:
     long lastId_ = 0;
     bool isStopping_ = false;
     std::thread thread_;
+    std::atomic<std::thread::id> deliveringThread_;
 };
 
 } // namespace zan::server

@@ -95,14 +95,15 @@ void LinkWatch::loggedOff() {
 
 void LinkWatch::trouble(FixTrouble kind, std::string const& text) {
     std::lock_guard const lock(mutex_);
-    bool const isNews = state_.lastError != text || !state_.has(flagOf(kind));
+    long const flag = flagOf(kind);
+    bool const isNews = state_.lastError != text || (state_.flags & flag) != flag;
     state_.lastError = text;
     if (kind == FixTrouble::unreachable || kind == FixTrouble::timedOut) {
         endLogon(LogonResult::Outcome::Failed, text);
     }
     // A counterparty that stays away is reported once, not with every attempt.
     if (isNews) {
-        change(flagOf(kind), 0);
+        change(flag, 0);
     }
 }
 

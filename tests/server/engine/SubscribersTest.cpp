@@ -1,0 +1,106 @@
+#include "server/engine/Subscribers.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using namespace zan::server;
+
+class Named : public IZANEventListener {
+public:
+    Named(char letter, int& alive) : name(letter), alive_(alive) { ++alive_; }
+    ~Named() override { --alive_; }
+    void processEvent(counted_ptr<ZANEvent>) override {}
+
+    char const name;
+
+private:
+    int& alive_;
+};
+
+class SubscribersTest : public testing::Test {
+protected:
+    counted_ptr<IZANEventListener> make(char name) {
+        return counted_ptr<IZANEventListener>(new Named(name, alive));
+    }
+
+    std::string called(bool EventKinds::*kind) {
+        std::string names;
+        subscribers.forEach(kind, [&](IZANEventListener& listener) {
+            names += static_cast<Named&>(listener).name;
+        });
+        return names;
+    }
+
+    int alive = 0;
+    Subscribers subscribers;
+    static constexpr EventKinds all{true, true, true};
+};
+
+TEST_F(SubscribersTest, AreCalledInTheirOrderForTheirKinds) {
+    auto const a = make('a');
+    auto const b = make('b');
+    subscribers.add(a, {false, true, false});
+    subscribers.add(b, {true, true, false});
+    EXPECT_EQ(called(&EventKinds::app), "ab");
+    EXPECT_EQ(called(&EventKinds::admin), "b");
+    EXPECT_EQ(called(&EventKinds::state), "");
+}
+
+TEST_F(SubscribersTest, AreHeldOnceHoweverOftenTheyAreAdded) {
+    auto const a = make('a');
+    subscribers.add(a, {true, false, false});
+    subscribers.add(a, {false, true, false});
+    EXPECT_EQ(a.use_count(), 2u);
+    EXPECT_EQ(called(&EventKinds::admin), "a");
+    EXPECT_EQ(called(&EventKinds::app), "a");
+}
+
+TEST_F(SubscribersTest, AreLetGoWithTheirLastKind) {
+    auto a = make('a');
+    subscribers.add(a, all);
+    subscribers.remove(a, {true, false, true});
+    EXPECT_EQ(called(&EventKinds::app), "a");
+    EXPECT_EQ(called(&EventKinds::admin), "");
+    subscribers.remove(a, all);
+    EXPECT_EQ(a.use_count(), 1u);
+}
+
+TEST_F(SubscribersTest, LiveAsLongAsTheyAreSubscribed) {
+    auto a = make('a');
+    subscribers.add(a, all);
+    auto* const raw = a.get();
+    a.reset();
+    EXPECT_EQ(alive, 1);
+    EXPECT_EQ(called(&EventKinds::app), "a");
+    EXPECT_NE(raw, nullptr);
+}
+
+TEST_F(SubscribersTest, MayLeaveInsideACall) {
+    auto a = make('a');
+    auto const b = make('b');
+    subscribers.add(a, all);
+    subscribers.add(b, all);
+    std::string names;
+    subscribers.forEach(&EventKinds::app, [&](IZANEventListener& listener) {
+        char const name = static_cast<Named&>(listener).name;
+        names += name;
+        if (name == 'a') {
+            subscribers.remove(a, all);
+            a.reset();
+            EXPECT_EQ(alive, 2) << "it ended inside its own call";
+        }
+    });
+    EXPECT_EQ(names, "ab");
+    EXPECT_EQ(alive, 1);
+    EXPECT_EQ(called(&EventKinds::app), "b");
+}
+
+TEST_F(SubscribersTest, AreNobodyWhenThePointerIsEmpty) {
+    subscribers.add(counted_ptr<IZANEventListener>(), all);
+    EXPECT_EQ(called(&EventKinds::app), "");
+}
+
+} // namespace
