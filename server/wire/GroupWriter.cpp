@@ -25,8 +25,7 @@ public:
         std::vector<int> tags = fieldTags(message);
         std::ranges::copy(groupTags(message), std::back_inserter(tags));
         std::ranges::sort(tags);
-        auto const repeated = std::ranges::unique(tags);
-        tags.erase(repeated.begin(), repeated.end());
+        tags.erase(std::unique(tags.begin(), tags.end()), tags.end());
         for (int const tag : tags) {
             writeTag(message, tag, ruleFor(tag), 0);
         }

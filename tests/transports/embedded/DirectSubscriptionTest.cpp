@@ -112,7 +112,7 @@ TEST_F(DirectSubscriptionTest, MayBeGivenUpInsideTheListenersOwnCallback) {
     std::atomic<int> calls{0};
     auto* const recorder = new LeavesByItself(ended);
     auto own = std::make_shared<counted_ptr<IZANEventListener>>(recorder);
-    recorder->onEvent = [this, &calls, own] {
+    recorder->onEvent = [&calls, own] {
         ++calls;
         engine().destroyDirectSubscriber(*own);
         own->reset();
