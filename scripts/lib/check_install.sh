@@ -58,6 +58,12 @@ mkdir -p "$modules"
 cp "$module" "$modules/"
 "$work/package/consumer"
 
+if [[ -f $modules/libembeddedengineadapter.so ]]; then
+    say "the program of the README, with the installed embedded engine"
+    quietly g++ -std=c++17 "$ROOT/examples/order/order.cpp" -o "$work/order" "${flags[@]}" \
+        -Wl,-rpath,"$libdir"
+    quietly "$work/order"
+fi
 for installed in "$modules"/*.so "$prefix"/bin/*; do
     [[ -e $installed ]] || continue
     ldd "$installed" | grep -q 'not found' && fail "$installed does not find what it needs"
