@@ -2,7 +2,7 @@
 #include "Model.h"
 #include "Order.h"
 #include "QuickFixPeer.h"
-#include "VirtualCall.h"
+#include "Yardsticks.h"
 
 #include <benchmark/benchmark.h>
 
@@ -99,9 +99,11 @@ void getFieldQuickFix(benchmark::State& state) {
 void walk(benchmark::State& state) {
     auto const body = model::newBody(false);
     for (auto _ : state) {
+        ZANField const* last = nullptr;
         for (auto const fields = body->fieldIterator(); fields->hasNext(); fields->next()) {
-            benchmark::DoNotOptimize(fields->current().get());
+            last = fields->current().get();
         }
+        benchmark::DoNotOptimize(last);
     }
     state.SetItemsProcessed(state.iterations() * order::plainFields);
 }
@@ -114,8 +116,8 @@ void walkQuickFix(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * order::bodyFields);
 }
 
-void virtualCall(benchmark::State& state) {
-    auto const callee = newVirtualCallee();
+void virtualCall(benchmark::State& state, std::unique_ptr<VirtualCallee> (*newCallee)()) {
+    auto const callee = newCallee();
     VirtualCallee* called = callee.get();
     benchmark::DoNotOptimize(called);
     for (auto _ : state) {
@@ -175,7 +177,8 @@ BENCHMARK(getField);
 BENCHMARK(getFieldQuickFix);
 BENCHMARK(walk);
 BENCHMARK(walkQuickFix);
-BENCHMARK(virtualCall);
+BENCHMARK_CAPTURE(virtualCall, abroad, newVirtualCallee);
+BENCHMARK_CAPTURE(virtualCall, atHome, newVirtualCalleeAtHome);
 BENCHMARK(print);
 BENCHMARK(printQuickFix);
 BENCHMARK(printFloor);

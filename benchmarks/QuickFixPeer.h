@@ -25,7 +25,7 @@ void copyAndDestroy(void const* message);
 /// Looks every tag up by reference and returns a sum over the lengths of the texts found.
 std::size_t lookUp(void const* message, int const* tags, std::size_t count);
 
-/// Walks over the fields of the body and returns the sum of their tags.
+/// Looks at each field of the body and returns the last tag.
 int walk(void const* message);
 
 void print(std::ostream& os, void const* message);

@@ -1,4 +1,4 @@
-#include "VirtualCall.h"
+#include "Yardsticks.h"
 
 namespace {
 
@@ -13,4 +13,11 @@ VirtualCallee::~VirtualCallee() = default;
 
 std::unique_ptr<VirtualCallee> newVirtualCallee() {
     return std::make_unique<Answer>();
+}
+
+void deliver(std::vector<counted_ptr<IZANEventListener>> const& listeners,
+             counted_ptr<ZANEvent> const& event) {
+    for (auto const& listener : listeners) {
+        listener->processEvent(event);
+    }
 }
