@@ -124,6 +124,7 @@ TEST_F(DeliveryTest, LetsAListenerCallTheEngine) {
     };
     engine().sendMessage(me, "C", order("l-1"));
     EXPECT_TRUE(recorder.waitFor(isReport, 2));
+    ZANEngineProxy::uninitialize();
 }
 
 TEST_F(DeliveryTest, HoldsBackForASlowListenerAndLosesNothing) {
@@ -153,6 +154,7 @@ TEST_F(DeliveryTest, HoldsBackForASlowListenerAndLosesNothing) {
         }
     }
     EXPECT_EQ(reported.size(), orders);
+    ZANEngineProxy::uninitialize();
 }
 
 } // namespace

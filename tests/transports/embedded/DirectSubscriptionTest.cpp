@@ -137,6 +137,7 @@ TEST_F(DirectSubscriptionTest, OfOneKindMayBeGivenUpInsideACallback) {
     EventRecorder& other = record();
     engine().sendMessage(me, "C", order("x-1"));
     EXPECT_TRUE(other.waitFor(isReport));
+    ZANEngineProxy::uninitialize();
     EXPECT_EQ(recorder->events().size(), 1u);
 }
 

@@ -63,6 +63,7 @@ TEST_F(LifeCycleTest, CannotBeEndedByAListener) {
     ASSERT_TRUE(recorder.waitFor(isReport));
     EXPECT_TRUE(isRefused);
     EXPECT_TRUE(isConnected());
+    ZANEngineProxy::uninitialize();
 }
 
 TEST_F(LifeCycleTest, StopsInTimeWhenTheCounterpartyIsMute) {
