@@ -33,6 +33,7 @@ public:
     MapField(MapField const&) = delete;
     MapField& operator=(MapField const&) = delete;
     virtual ~MapField() = default;
+    virtual int getTag() const { return tag_; }
     virtual void setValue(Value const& value) { value_ = value; }
 
 private:
