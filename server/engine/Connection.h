@@ -13,6 +13,7 @@
 #include "server/engine/DeliveryQueue.h"
 #include "server/engine/LinkWatch.h"
 #include "server/engine/Subscribers.h"
+#include "server/engine/TimedTurn.h"
 #include "server/sessions/FixSession.h"
 #include "server/wire/OutgoingMessage.h"
 
@@ -109,8 +110,8 @@ private:
     DeliveryQueue queue_;
     LinkWatch watch_;
     std::unique_ptr<FixSession> session_;
-    std::timed_mutex connecting_; // one attempt to connect at a time
-    std::mutex lifecycle_;        // one start or stop of the session at a time
+    TimedTurn connecting_; // one attempt to connect at a time
+    std::mutex lifecycle_; // one start or stop of the session at a time
     mutable std::mutex fieldsMutex_;
     FixFields logonFields_;
     std::atomic<long> pings_{0};

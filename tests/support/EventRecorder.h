@@ -70,10 +70,10 @@ public:
         return events_;
     }
 
-    /// True when `count` events that pass the test have come, now or within ten seconds.
+    /// True when `count` events that pass the test have come, now or within half a minute.
     bool waitFor(Test const& test, std::size_t count = 1) {
         std::unique_lock lock(mutex_);
-        return arrived_.wait_for(lock, std::chrono::seconds(10), [&] {
+        return arrived_.wait_for(lock, std::chrono::seconds(30), [&] {
             std::size_t found = 0;
             for (SeenEvent const& event : events_) {
                 found += test(event) ? 1 : 0;

@@ -14,9 +14,11 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// The text of the exception of class `Failure` that `call` throws.
@@ -90,8 +92,9 @@ protected:
     static ZANEngineProxy& engine() { return ZANEngineProxy::getInstance(); }
 
     /// A recorder of all kinds of events of connection `C`, straight from the engine.
-    EventRecorder& record() {
+    EventRecorder& record(std::function<void()> onEvent = nullptr) {
         auto* const recorder = new EventRecorder;
+        recorder->onEvent = std::move(onEvent);
         recorders_.push_back(counted_ptr<IZANEventListener>(recorder));
         engine().subscribeDirect(me, "C", true, true, true, recorders_.back());
         return *recorder;

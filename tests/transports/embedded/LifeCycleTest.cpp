@@ -53,12 +53,11 @@ TEST_F(LifeCycleTest, GoesOnWithItsNumbersAfterARestart) {
 
 TEST_F(LifeCycleTest, CannotBeEndedByAListener) {
     startAndConnect();
-    EventRecorder& recorder = record();
     std::atomic<bool> isRefused{false};
-    recorder.onEvent = [&] {
+    EventRecorder& recorder = record([&] {
         isRefused = failureOf<ZANEngineException>([] { ZANEngineProxy::uninitialize(); }) ==
                     "a listener cannot stop the engine that is calling it";
-    };
+    });
     engine().sendMessage(me, "C", order("x"));
     ASSERT_TRUE(recorder.waitFor(isReport));
     EXPECT_TRUE(isRefused);
