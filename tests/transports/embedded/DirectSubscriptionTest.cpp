@@ -38,7 +38,11 @@ TEST_P(DirectKinds, AreDeliveredAsTheFlagsSay) {
     ZANEngineProxy::uninitialize();
 }
 
-INSTANTIATE_TEST_SUITE_P(All, DirectKinds, testing::Values(Kind::Admin, Kind::App, Kind::State));
+INSTANTIATE_TEST_SUITE_P(All, DirectKinds, testing::Values(Kind::Admin, Kind::App, Kind::State),
+                         [](auto const& tested) {
+                             char const* const names[] = {"Admin", "App", "State"};
+                             return std::string(names[static_cast<int>(tested.param)]);
+                         });
 
 TEST_F(DirectSubscriptionTest, TellsTheStatesOfAConnectionInTheirOrder) {
     startAcceptor();
