@@ -38,11 +38,13 @@ TEST_P(DirectKinds, AreDeliveredAsTheFlagsSay) {
     ZANEngineProxy::uninitialize();
 }
 
+std::string nameOf(testing::TestParamInfo<Kind> const& tested) {
+    constexpr char const* names[] = {"Admin", "App", "State"};
+    return names[static_cast<int>(tested.param)];
+}
+
 INSTANTIATE_TEST_SUITE_P(All, DirectKinds, testing::Values(Kind::Admin, Kind::App, Kind::State),
-                         [](auto const& tested) {
-                             char const* const names[] = {"Admin", "App", "State"};
-                             return std::string(names[static_cast<int>(tested.param)]);
-                         });
+                         nameOf);
 
 TEST_F(DirectSubscriptionTest, TellsTheStatesOfAConnectionInTheirOrder) {
     startAcceptor();
