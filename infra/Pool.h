@@ -1,9 +1,9 @@
 /// Storage for the small objects that messages are made of.
 ///
-/// Each thread keeps free lists of its own, one for every block size, and takes from them without a
-/// lock. Lists are capped: a full batch goes to a depot that all threads share and is taken from
-/// there by a thread that runs short, so a message may be built in one thread and freed in
-/// another. What exceeds the depot, and what a thread keeps when it ends, is not held for ever.
+/// Each thread keeps free blocks of its own, in one magazine for every block size, and takes from
+/// it and gives to it without a lock. Full magazines go to a depot that all threads share and are
+/// taken from there by a thread that runs short, so a message may be built in one thread and freed
+/// in another. What exceeds the depot, and what a thread keeps when it ends, is not held for ever.
 /// Any thread may give any block back, also after the thread that took it has ended.
 #ifndef ZANENGINE_INFRA_POOL_H
 #define ZANENGINE_INFRA_POOL_H
@@ -19,19 +19,33 @@ inline constexpr std::size_t granularity = 16;
 inline constexpr std::size_t largestBlock = 1024;
 inline constexpr std::size_t sizeClasses = largestBlock / granularity;
 
-/// A free block. `nextBatch` links whole batches in the depot.
-struct FreeBlock {
-    FreeBlock* next;
-    FreeBlock* nextBatch;
-};
+constexpr std::size_t sizeClassOf(std::size_t size) {
+    return (size - 1) / granularity;
+}
+constexpr std::size_t blockSize(std::size_t sizeClass) {
+    return (sizeClass + 1) * granularity;
+}
 
-/// The free blocks of one size in one thread: the list in use, and one full batch in reserve, so
-/// that a thread at the border between two batches does not run to the depot each time.
+/// How many blocks fill a magazine: about 8 KiB worth.
+constexpr unsigned magazineSize(std::size_t sizeClass) {
+    std::size_t const blocks = 8192 / blockSize(sizeClass);
+    return static_cast<unsigned>(blocks > 128 ? 128 : blocks);
+}
+
+struct Magazine;
+
+/// The free blocks of one size in one thread. They are listed in an array and not linked through
+/// the blocks: taking one does not have to wait for the one before, and giving one back does not
+/// touch it.
 struct FreeList {
-    FreeBlock* active;
-    FreeBlock* reserve;
+    void** blocks;
     unsigned count;
-    unsigned batch;
+    /// 0 until the list has its magazines.
+    unsigned capacity;
+    Magazine* active;
+    /// Full or empty, so that a thread at the border does not run to the depot each time.
+    Magazine* reserve;
+    bool reserveIsFull;
 };
 
 struct ThreadCache {
@@ -46,34 +60,31 @@ void* allocateSlowly(std::size_t sizeClass);
 void releaseSlowly(void* block, std::size_t sizeClass) noexcept;
 
 /// Throws `std::bad_alloc`. `size` is at least 1.
-inline void* allocate(std::size_t size) {
+[[gnu::always_inline]] inline void* allocate(std::size_t size) {
     if (size > largestBlock) [[unlikely]] {
         return ::operator new(size);
     }
-    std::size_t const sizeClass = (size - 1) / granularity;
+    std::size_t const sizeClass = sizeClassOf(size);
     if (ThreadCache* cache = threadCache) [[likely]] {
         FreeList& list = cache->lists[sizeClass];
-        if (FreeBlock* block = list.active) [[likely]] {
-            list.active = block->next;
-            --list.count;
-            return block;
+        if (list.count > 0) [[likely]] {
+            return list.blocks[--list.count];
         }
     }
     return allocateSlowly(sizeClass);
 }
 
 /// `size` is the one that the block was allocated with.
-inline void release(void* block, std::size_t size) noexcept {
+[[gnu::always_inline]] inline void release(void* block, std::size_t size) noexcept {
     if (size > largestBlock) [[unlikely]] {
         ::operator delete(block);
         return;
     }
-    std::size_t const sizeClass = (size - 1) / granularity;
+    std::size_t const sizeClass = sizeClassOf(size);
     if (ThreadCache* cache = threadCache) [[likely]] {
         FreeList& list = cache->lists[sizeClass];
-        if (list.count < list.batch) [[likely]] {
-            list.active = ::new (block) FreeBlock{list.active, nullptr};
-            ++list.count;
+        if (list.count < list.capacity) [[likely]] {
+            list.blocks[list.count++] = block;
             return;
         }
     }

@@ -11,7 +11,6 @@
 #include <cstring>
 #include <limits>
 #include <ostream>
-#include <type_traits>
 #include <utility>
 
 #if defined(__LP64__)
@@ -51,21 +50,6 @@ bool parseWhole(std::string_view text, Number& number) {
 
 } // namespace
 
-template <class T>
-T Value::load() const noexcept {
-    T payload;
-    std::memcpy(&payload, payload_.place, sizeof payload);
-    return payload;
-}
-
-template <class T>
-void Value::store(int type, T payload) noexcept {
-    static_assert(std::is_trivially_copyable_v<T> && sizeof(T) <= placeSize);
-    dropText();
-    std::memcpy(payload_.place, &payload, sizeof payload);
-    payload_.type = static_cast<unsigned char>(type);
-}
-
 void Value::copyText(Value const& other) {
     auto const text = other.load<HeapText>();
     HeapText const copy{static_cast<char*>(zan::pool::allocate(text.size)), text.size};
@@ -76,13 +60,6 @@ void Value::copyText(Value const& other) {
 void Value::releaseText() noexcept {
     auto const text = load<HeapText>();
     zan::pool::release(text.data, text.size);
-}
-
-void Value::dropText() noexcept {
-    if (ownsText()) {
-        releaseText();
-    }
-    payload_.size = 0;
 }
 
 Value& Value::assign(Value const& other) {
@@ -116,34 +93,12 @@ void Value::setType(int type) {
     }
 }
 
-void Value::setLong(long value) {
-    store(LONG, value);
-}
-
-void Value::setDouble(double value) {
-    store(DOUBLE, value);
-}
-
-void Value::setBool(bool value) {
-    store(BOOL, value);
-}
-
-void Value::setChar(char value) {
-    store(CHAR, value);
-}
-
-void Value::setString(std::string const& value) {
-    if (value.size() <= placeSize) {
-        dropText();
-        std::memcpy(payload_.place, value.data(), value.size());
-        payload_.size = static_cast<unsigned char>(value.size());
-    } else {
-        HeapText const text{static_cast<char*>(zan::pool::allocate(value.size())), value.size()};
-        std::memcpy(text.data, value.data(), value.size());
-        dropText();
-        std::memcpy(payload_.place, &text, sizeof text);
-        payload_.size = textOnHeap;
-    }
+void Value::setLongText(std::string const& text) {
+    HeapText const copy{static_cast<char*>(zan::pool::allocate(text.size())), text.size()};
+    std::memcpy(copy.data, text.data(), text.size());
+    dropText();
+    std::memcpy(payload_.place, &copy, sizeof copy);
+    payload_.size = textOnHeap;
     payload_.type = STRING;
 }
 

@@ -7,9 +7,15 @@
 #include "infra/Export.h"
 
 #include <cstddef>
+#include <cstring>
 #include <iosfwd>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
+
+template <class T>
+struct default_destroy_policy;
 
 /// A long, double, string, bool or char with its type code. Up to 22 characters of a string lie in
 /// the value itself.
@@ -85,6 +91,11 @@ public:
     bool operator!=(Value const& other) const;
 
 private:
+    friend class ZANField; // makes its value in place
+    friend class ZANFieldGroup;
+    template <class T>
+    friend struct default_destroy_policy; // ends that of a plain field
+
     static constexpr std::size_t placeSize = 22;
     static constexpr unsigned char textOnHeap = 0xFF;
 
@@ -101,6 +112,20 @@ private:
         std::size_t size;
     };
 
+    /// A value of the type that goes with the payload. The place is not cleared first.
+    template <class T>
+    [[gnu::always_inline]] Value(std::in_place_t, T const& payload) {
+        payload_.size = 0;
+        put(payload);
+    }
+
+    void put(long value) { setLong(value); }
+    void put(double value) { setDouble(value); }
+    void put(bool value) { setBool(value); }
+    void put(char value) { setChar(value); }
+    void put(std::string const& value) { setString(value); }
+    void put(Value const& value) { *this = value; }
+
     template <class T>
     [[nodiscard]] T load() const noexcept;
     template <class T>
@@ -109,11 +134,59 @@ private:
     [[nodiscard]] bool ownsText() const noexcept { return payload_.size == textOnHeap; }
     void copyText(Value const& other);
     void releaseText() noexcept;
-    void dropText() noexcept;
+    void dropText() noexcept {
+        if (ownsText()) {
+            releaseText();
+        }
+        payload_.size = 0;
+    }
+    void setLongText(std::string const& text);
     Value& assign(Value const& other);
 
     Payload payload_;
 };
+
+template <class T>
+T Value::load() const noexcept {
+    T payload;
+    std::memcpy(&payload, payload_.place, sizeof payload);
+    return payload;
+}
+
+template <class T>
+void Value::store(int type, T payload) noexcept {
+    static_assert(std::is_trivially_copyable_v<T> && sizeof(T) <= placeSize);
+    dropText();
+    std::memcpy(payload_.place, &payload, sizeof payload);
+    payload_.type = static_cast<unsigned char>(type);
+}
+
+inline void Value::setLong(long value) {
+    store(LONG, value);
+}
+
+inline void Value::setDouble(double value) {
+    store(DOUBLE, value);
+}
+
+inline void Value::setBool(bool value) {
+    store(BOOL, value);
+}
+
+inline void Value::setChar(char value) {
+    store(CHAR, value);
+}
+
+inline void Value::setString(std::string const& value) {
+    if (value.size() > placeSize) {
+        setLongText(value);
+        return;
+    }
+    dropText();
+    std::memcpy(payload_.place, value.data(), value.size());
+    payload_.size = static_cast<unsigned char>(value.size());
+    payload_.type = STRING;
+}
 
 /// Writes the text form of the value, by the installed `ValuePresentation`.
 ZAN_API std::ostream& operator<<(std::ostream& os, Value const& value);

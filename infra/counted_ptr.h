@@ -8,7 +8,7 @@
 #ifndef ZANENGINE_INFRA_COUNTED_PTR_H
 #define ZANENGINE_INFRA_COUNTED_PTR_H
 
-#include "infra/Export.h"
+#include "infra/SmallObjects.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -51,10 +51,6 @@ struct CountBlock {
 #endif
 };
 
-/// Storage for a control block. Throws `std::bad_alloc`. Any thread may give a block back.
-ZAN_API void* allocateCountBlock();
-ZAN_API void releaseCountBlock(void* block) noexcept;
-
 } // namespace zan
 
 /// Shares one object of type `T` among all its copies; the last one to go destroys the object with
@@ -69,7 +65,7 @@ public:
 
     /// Takes ownership. Null gives an empty pointer without a control block. When there is no
     /// memory for the block the object is destroyed and `std::bad_alloc` thrown.
-    explicit counted_ptr(T* object) {
+    [[gnu::always_inline]] explicit counted_ptr(T* object) {
         if (object) {
             block_ = newBlock(object);
         }
@@ -83,7 +79,7 @@ public:
 
     counted_ptr(counted_ptr&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
 
-    ~counted_ptr() { release(block_); }
+    [[gnu::always_inline]] ~counted_ptr() { release(block_); }
 
     /// Lets go of the old object before it shows the new one. The new object is held meanwhile,
     /// so `other` may live inside the object that is let go.
@@ -138,9 +134,9 @@ public:
 private:
     using Block = zan::CountBlock;
 
-    static Block* newBlock(T* object) {
+    [[gnu::always_inline]] static Block* newBlock(T* object) {
         try {
-            return ::new (zan::allocateCountBlock()) Block{erase(object), 1};
+            return ::new (zan::allocateSmall(sizeof(Block))) Block{erase(object), 1};
         } catch (...) {
             Policy::destroy(object);
             throw;
@@ -151,10 +147,10 @@ private:
         return const_cast<void*>(static_cast<void const volatile*>(object));
     }
 
-    static void release(Block* block) {
+    [[gnu::always_inline]] static void release(Block* block) {
         if (block && block->decrementToZero()) {
             Policy::destroy(static_cast<T*>(block->object));
-            zan::releaseCountBlock(block);
+            zan::releaseSmall(block, sizeof(Block));
         }
     }
 

@@ -3,10 +3,13 @@
 #define ZANENGINE_MESSAGE_TAGTABLE_H
 
 #include "infra/Pool.h"
+#include "message/TagSearch.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 #include <utility>
@@ -24,6 +27,10 @@ struct NoTagTableProbe {
 /// Nearly every message has a single run. A full run is split, so that inserting into the middle
 /// of thousands of fields moves few of them.
 ///
+/// A run has room for 4, 16, 64 or 256 entries, and the tags behind the last entry are the largest
+/// there is: a search takes a fixed number of steps and has no branch that depends on a tag, which
+/// would be mispredicted when tags are asked for at random.
+///
 /// `Pointer` is an owning pointer of one word that may be moved in memory byte by byte.
 template <class Pointer, class Probe = NoTagTableProbe>
 class TagTable {
@@ -35,6 +42,7 @@ class TagTable {
     };
 
 public:
+    static constexpr unsigned shortestRun = 4;
     static constexpr unsigned longestRun = 256;
 
     /// Where a tag stands, or would be inserted.
@@ -89,14 +97,16 @@ public:
     bool empty() const { return first_.size == 0; }
 
     /// The entry of the tag, or null.
-    Pointer* find(int tag) const {
-        Place const place = locate(tag);
-        return place.found ? &place.run->pointers[place.index] : nullptr;
+    [[gnu::always_inline]] Pointer* find(int tag) const {
+        Run const& run = *runFor(tag);
+        unsigned const index = lowerBound(run, tag);
+        return index < run.size && run.tags[index] == tag ? &run.pointers[index] : nullptr;
     }
 
-    Place locate(int tag) const {
-        Run* run = runFor(tag);
-        unsigned const index = lowerBound(*run, tag);
+    [[gnu::always_inline]] Place locate(int tag) const {
+        Run* const run = runFor(tag);
+        unsigned const index =
+            run->size <= scanned ? scanFromEnd(*run, tag) : lowerBound(*run, tag);
         return {run, index, index < run->size && run->tags[index] == tag};
     }
 
@@ -104,15 +114,16 @@ public:
 
     /// Inserts at a place that `locate(tag)` has just returned and where nothing was found.
     /// Throws `std::bad_alloc` and changes nothing then.
-    void insert(Place place, int tag, Pointer&& pointer) {
+    [[gnu::always_inline]] void insert(Place place, int tag, Pointer&& pointer) {
         if (place.run->size == place.run->capacity) {
             makeRoom(place);
         }
         Run& run = *place.run;
         unsigned const behind = run.size - place.index;
-        Probe::moved(behind);
-        shift(run.tags + place.index + 1, run.tags + place.index, behind);
-        shift(run.pointers + place.index + 1, run.pointers + place.index, behind);
+        if (behind > 0) {
+            Probe::moved(behind);
+            openGap(run, place.index, behind);
+        }
         run.tags[place.index] = tag;
         ::new (run.pointers + place.index) Pointer(std::move(pointer));
         ++run.size;
@@ -129,17 +140,23 @@ public:
         unsigned const behind = run.size - place.index - 1;
         shift(run.tags + place.index, run.tags + place.index + 1, behind);
         shift(run.pointers + place.index, run.pointers + place.index + 1, behind);
-        if (--run.size == 0) {
+        run.tags[--run.size] = noTag;
+        if (run.size == 0) {
             dropEmptyRun(run);
         }
         return removed;
     }
 
-    /// Makes room for `count` entries at once; only in an empty table.
+    /// Makes room for `count` entries at once; only in a table that has had none.
     void reserve(std::size_t count) {
-        if (count > first_.capacity) {
-            resize(first_, static_cast<unsigned>(std::min<std::size_t>(count, longestRun)));
+        if (count == 0) {
+            return;
         }
+        unsigned capacity = shortestRun;
+        while (capacity < count && capacity < longestRun) {
+            capacity *= growth;
+        }
+        resize(first_, capacity);
     }
 
     std::size_t size() const {
@@ -154,7 +171,10 @@ public:
 
 private:
     static constexpr std::size_t entrySize = sizeof(Pointer) + sizeof(int);
+    static constexpr unsigned growth = 4;
     static constexpr unsigned scanned = 16;
+    static constexpr unsigned movedOneByOne = 16;
+    static constexpr int noTag = std::numeric_limits<int>::max();
 
     template <class Entry>
     static void shift(Entry* to, Entry const* from, std::size_t count) {
@@ -164,29 +184,59 @@ private:
         }
     }
 
-    // No branch depends on a tag: with tags asked for at random it would be mispredicted.
     static unsigned lowerBound(Run const& run, int tag) {
+        if (run.capacity <= shortestRun) {
+            Probe::compared(run.capacity);
+            return run.capacity ? countBelow4(run.tags, tag) : 0;
+        }
         int const* base = run.tags;
-        unsigned rest = run.size;
-        while (rest > scanned) {
-            unsigned const half = rest / 2;
+        for (unsigned half = run.capacity / 2; half >= scanned; half /= 2) {
             Probe::compared(1);
-            base = base[half - 1] < tag ? base + half : base;
-            rest -= half;
+            // A mask, because the compiler would make a branch of a choice.
+            base += half & (0U - static_cast<unsigned>(base[half - 1] < tag));
         }
-        Probe::compared(rest);
-        unsigned below = 0;
-        for (unsigned i = 0; i < rest; ++i) {
-            below += base[i] < tag ? 1 : 0;
-        }
-        return static_cast<unsigned>(base - run.tags) + below;
+        Probe::compared(scanned);
+        return static_cast<unsigned>(base - run.tags) + countBelow16(base, tag);
     }
 
-    Run* runFor(int tag) const {
-        Run* const first = const_cast<Run*>(&first_);
-        if (!following_) [[likely]] {
-            return first;
+    // For a table that is being filled: most tags belong near the end, the same message is filled
+    // in the same order again and again, and a wide load would have to wait for the narrow stores
+    // of the tags that were just inserted.
+    static unsigned scanFromEnd(Run const& run, int tag) {
+        unsigned index = run.size;
+        while (index > 0 && run.tags[index - 1] >= tag) {
+            --index;
         }
+        Probe::compared(run.size - index + 1);
+        return index;
+    }
+
+    static void openGap(Run& run, unsigned index, unsigned behind) {
+        if (behind > movedOneByOne) {
+            shift(run.tags + index + 1, run.tags + index, behind);
+            shift(run.pointers + index + 1, run.pointers + index, behind);
+            return;
+        }
+        // One by one: a wide load right behind a narrow store would wait for that store to reach
+        // the cache. `volatile` keeps the compiler from making the loop wide again.
+        static_assert(sizeof(Pointer) == sizeof(std::uintptr_t));
+        int volatile* tag = run.tags + run.size;
+        auto* pointer = reinterpret_cast<std::uintptr_t volatile*>(run.pointers + run.size);
+        for (; behind > 0; --behind, --tag, --pointer) {
+            *tag = tag[-1];
+            *pointer = pointer[-1];
+        }
+    }
+
+    [[gnu::always_inline]] Run* runFor(int tag) const {
+        if (!following_) [[likely]] {
+            return const_cast<Run*>(&first_);
+        }
+        return runAmongMany(tag);
+    }
+
+    [[gnu::noinline]] Run* runAmongMany(int tag) const {
+        Run* const first = const_cast<Run*>(&first_);
         auto const after = std::upper_bound(following_->begin(), following_->end(), tag,
                                             [](int wanted, Run const& run) {
                                                 Probe::compared(1);
@@ -207,9 +257,9 @@ private:
         return static_cast<std::size_t>(&run - following_->data());
     }
 
-    void makeRoom(Place& place) {
+    [[gnu::noinline, gnu::cold]] void makeRoom(Place& place) {
         if (place.run->capacity < longestRun) {
-            resize(*place.run, place.run->capacity ? place.run->capacity * 4 : 4);
+            resize(*place.run, place.run->capacity ? place.run->capacity * growth : shortestRun);
         } else {
             split(place);
         }
@@ -238,6 +288,7 @@ private:
         Probe::moved(higher.size);
         shift(higher.tags, lower.tags + kept, higher.size);
         shift(higher.pointers, lower.pointers + kept, higher.size);
+        std::fill(lower.tags + kept, lower.tags + lower.size, noTag);
         lower.size = kept;
         place = place.index < kept ? Place{&lower, place.index, false}
                                    : Place{&higher, place.index - kept, false};
@@ -266,6 +317,7 @@ private:
                    reinterpret_cast<int*>(block + capacity * sizeof(Pointer)), run.size, capacity};
         shift(larger.tags, run.tags, run.size);
         shift(larger.pointers, run.pointers, run.size);
+        std::fill(larger.tags + run.size, larger.tags + capacity, noTag);
         freeBlock(run);
         run = larger;
     }

@@ -1,20 +1,8 @@
 #include "message/ZANField.h"
 
-#include "infra/Pool.h"
 #include "message/FieldText.h"
 
-#include <utility>
-
-ZANField::ZANField() = default;
-
 ZANField::ZANField(int tag, int type, Value const& value) : tag_(tag), type_(type), value_(value) {}
-
-ZANField::ZANField(int tag, int type, Value&& value)
-    : tag_(tag), type_(type), value_(std::move(value)) {}
-
-ZANField::ZANField(ZANField const& other) = default;
-
-ZANField::~ZANField() = default;
 
 int ZANField::getTag() const {
     return tag_;
@@ -56,14 +44,6 @@ bool ZANField::operator==(ZANField const& other) const {
 bool ZANField::operator!=(ZANField const& other) const {
     return getTag() != other.getTag() || getType() != other.getType() ||
            getValue() != other.getValue();
-}
-
-void* ZANField::operator new(std::size_t size) {
-    return zan::pool::allocate(size);
-}
-
-void ZANField::operator delete(void* field, std::size_t size) noexcept {
-    zan::pool::release(field, size);
 }
 
 std::ostream& operator<<(std::ostream& os, ZANField const& field) {

@@ -5,10 +5,14 @@
 #define ZANENGINE_MESSAGE_ZANFIELD_H
 
 #include "infra/Export.h"
+#include "infra/SmallObjects.h"
 #include "infra/Value.h"
+#include "infra/counted_ptr.h"
 
 #include <cstddef>
 #include <iosfwd>
+#include <typeinfo>
+#include <utility>
 
 /// A tag (the field's number in the protocol), a type code and a typed value. Fields live on the
 /// heap and are held by `counted_ptr<ZANField>`; a field group keeps at most one for a tag.
@@ -17,13 +21,13 @@
 class ZAN_API ZANField {
 public:
     /// Tag and type 0 and an empty value, to be assigned to.
-    ZANField();
+    ZANField() = default;
 
     /// `type` is one of the codes of `Value`; it is not compared with the type of `value`.
     ZANField(int tag, int type, Value const& value);
-    ZANField(int tag, int type, Value&& value);
-    ZANField(ZANField const& other);
-    virtual ~ZANField();
+    ZANField(int tag, int type, Value&& value) : tag_(tag), type_(type), value_(std::move(value)) {}
+    ZANField(ZANField const& other) = default;
+    virtual ~ZANField() = default;
 
     virtual int getTag() const;
     virtual int getType() const;
@@ -46,14 +50,45 @@ public:
     virtual bool operator==(ZANField const& other) const;
     virtual bool operator!=(ZANField const& other) const;
 
-    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size) { return zan::allocateSmall(size); }
     static void* operator new(std::size_t, void* place) noexcept { return place; }
-    static void operator delete(void* field, std::size_t size) noexcept;
+    static void operator delete(void* field, std::size_t size) noexcept {
+        zan::releaseSmall(field, size);
+    }
 
 private:
+    friend class ZANFieldGroup; // makes and changes plain fields in place
+    friend struct default_destroy_policy<ZANField>;
+
+    /// A field of the type that goes with the payload.
+    template <class Payload>
+    ZANField(int tag, std::in_place_t inPlace, Payload const& payload)
+        : tag_(tag), value_(inPlace, payload) {
+        type_ = value_.getType();
+    }
+
+    template <class Payload>
+    void putValue(Payload const& payload) {
+        value_.put(payload);
+    }
+
     int tag_ = 0;
     int type_ = 0;
     Value value_;
+};
+
+/// Spares a plain field the virtual call of its destructor, which would do nothing else than to let
+/// go of a long text.
+template <>
+struct default_destroy_policy<ZANField> {
+    [[gnu::always_inline]] static void destroy(ZANField* field) {
+        if (&typeid(*field) == &typeid(ZANField)) {
+            field->value_.dropText();
+            zan::releaseSmall(field, sizeof(ZANField));
+        } else {
+            delete field;
+        }
+    }
 };
 
 /// Writes tag, type and value on one line, without a line end.

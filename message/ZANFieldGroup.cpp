@@ -30,8 +30,7 @@ counted_ptr<ZANField> copyOf(ZANField const& field) {
     return copy;
 }
 
-void put(zan::FieldTable& fields, counted_ptr<ZANField>&& field) {
-    int const tag = field->getTag();
+void put(zan::FieldTable& fields, int tag, counted_ptr<ZANField>&& field) {
     auto const place = fields.locate(tag);
     if (place.found) {
         fields.at(place) = std::move(field);
@@ -84,7 +83,7 @@ ZANFieldGroup& ZANFieldGroup::operator=(ZANFieldGroup const& other) {
     return *this;
 }
 
-ZANFieldGroup::~ZANFieldGroup() = default;
+[[gnu::flatten]] ZANFieldGroup::~ZANFieldGroup() = default;
 
 void ZANFieldGroup::setGroupTag(int groupTag) {
     storage_->groupTag = groupTag;
@@ -100,36 +99,40 @@ bool ZANFieldGroup::empty() const {
 
 void ZANFieldGroup::addField(counted_ptr<ZANField> field) {
     if (field) {
-        put(storage_->fields, std::move(field));
+        int const tag = field->getTag();
+        put(storage_->fields, tag, std::move(field));
     }
 }
 
-template <class Store>
-void ZANFieldGroup::setTyped(int tag, int type, Store store) {
-    Value value;
-    value.setType(type);
-    store(value);
-    if (isPlain()) {
-        storeValue(tag, std::move(value));
+// The value is stored right where it stays. Written elsewhere and copied, it would be read in
+// other pieces than it was written in, and wait for the writes to reach the cache.
+template <class Payload>
+[[gnu::always_inline]] inline void ZANFieldGroup::putValue(int tag, Payload const& payload) {
+    auto& fields = storage_->fields;
+    auto const place = fields.locate(tag);
+    if (!place.found) {
+        fields.insert(place, tag, counted_ptr<ZANField>(new ZANField(tag, std::in_place, payload)));
+    } else if (isPlainField(*fields.at(place))) {
+        fields.at(place)->putValue(payload);
     } else {
-        setFieldValue(tag, static_cast<Value const&>(value));
+        fields.at(place)->setValue(Value(std::in_place, payload));
     }
 }
 
 void ZANFieldGroup::setFieldValue(int tag, char value) {
-    setTyped(tag, Value::CHAR, [value](Value& target) { target.setChar(value); });
+    isPlain() ? putValue(tag, value) : setFieldValue(tag, Value(std::in_place, value));
 }
 
 void ZANFieldGroup::setFieldValue(int tag, bool value) {
-    setTyped(tag, Value::BOOL, [value](Value& target) { target.setBool(value); });
+    isPlain() ? putValue(tag, value) : setFieldValue(tag, Value(std::in_place, value));
 }
 
 void ZANFieldGroup::setFieldValue(int tag, double value) {
-    setTyped(tag, Value::DOUBLE, [value](Value& target) { target.setDouble(value); });
+    isPlain() ? putValue(tag, value) : setFieldValue(tag, Value(std::in_place, value));
 }
 
 void ZANFieldGroup::setFieldValue(int tag, long value) {
-    setTyped(tag, Value::LONG, [value](Value& target) { target.setLong(value); });
+    isPlain() ? putValue(tag, value) : setFieldValue(tag, Value(std::in_place, value));
 }
 
 void ZANFieldGroup::setFieldValue(int tag, int value) {
@@ -137,12 +140,12 @@ void ZANFieldGroup::setFieldValue(int tag, int value) {
 }
 
 void ZANFieldGroup::setFieldValue(int tag, std::string const& value) {
-    setTyped(tag, Value::STRING, [&value](Value& target) { target.setString(value); });
+    isPlain() ? putValue(tag, value) : setFieldValue(tag, Value(std::in_place, value));
 }
 
 void ZANFieldGroup::setFieldValue(int tag, Value const& value) {
     if (isPlain()) {
-        storeValue(tag, Value(value));
+        putValue(tag, value);
         return;
     }
     if (auto const field = getField(tag)) {
@@ -158,17 +161,6 @@ void ZANFieldGroup::setFieldValue(int tag, char const* value) {
                              " is a null pointer: give a text, \"\" for an empty one.");
     }
     setFieldValue(tag, std::string(value));
-}
-
-void ZANFieldGroup::storeValue(int tag, Value&& value) {
-    auto& fields = storage_->fields;
-    auto const place = fields.locate(tag);
-    if (place.found) {
-        fields.at(place)->setValue(value);
-    } else {
-        int const type = value.getType();
-        fields.insert(place, tag, counted_ptr<ZANField>(new ZANField(tag, type, std::move(value))));
-    }
 }
 
 void ZANFieldGroup::removeField(int tag) {
@@ -308,12 +300,14 @@ void ZANFieldGroup::copyFrom(ZANFieldGroup const& other) {
     copyGroupsOf(other);
 }
 
-void ZANFieldGroup::copyFieldsOf(ZANFieldGroup const& other) {
+[[gnu::flatten]] void ZANFieldGroup::copyFieldsOf(ZANFieldGroup const& other) {
     if (isPlain() && other.isPlain()) {
         auto const& fields = other.storage_->fields;
         storage_->fields.reserve(fields.size());
         for (zan::FieldTable::Cursor cursor(fields); cursor.hasNext(); cursor.next()) {
-            put(storage_->fields, copyOf(*cursor.pointer()));
+            auto copy = copyOf(*cursor.pointer());
+            int const tag = copy->tag_;
+            put(storage_->fields, tag, std::move(copy));
         }
         return;
     }
@@ -323,18 +317,19 @@ void ZANFieldGroup::copyFieldsOf(ZANFieldGroup const& other) {
 }
 
 void ZANFieldGroup::copyGroupsOf(ZANFieldGroup const& other) {
-    if (other.isGroupsEmpty()) {
+    if (isPlain() && other.isPlain()) {
+        for (zan::GroupTable::Cursor cursor(other.storage_->groups); cursor.hasNext();
+             cursor.next()) {
+            for (auto const& instance : cursor.pointer()->instances) {
+                if (instance) {
+                    append(storage_->groups,
+                           counted_ptr<ZANFieldGroup>(new ZANFieldGroup(*instance)));
+                }
+            }
+        }
         return;
     }
     for (auto const groups = other.groupIterator(); groups->hasNext(); groups->next()) {
         addGroup(counted_ptr<ZANFieldGroup>(new ZANFieldGroup(*groups->current())));
     }
-}
-
-void* ZANFieldGroup::operator new(std::size_t size) {
-    return zan::pool::allocate(size);
-}
-
-void ZANFieldGroup::operator delete(void* group, std::size_t size) noexcept {
-    zan::pool::release(group, size);
 }

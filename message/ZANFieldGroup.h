@@ -5,6 +5,7 @@
 #define ZANENGINE_MESSAGE_ZANFIELDGROUP_H
 
 #include "infra/Export.h"
+#include "infra/SmallObjects.h"
 #include "infra/Value.h"
 #include "infra/counted_ptr.h"
 #include "message/ZANField.h"
@@ -124,9 +125,11 @@ public:
     /// goes. False, and nothing changes, when the tag is absent or the index out of range.
     bool eraseGroup(int groupTag, int index);
 
-    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size) { return zan::allocateSmall(size); }
     static void* operator new(std::size_t, void* place) noexcept { return place; }
-    static void operator delete(void* group, std::size_t size) noexcept;
+    static void operator delete(void* group, std::size_t size) noexcept {
+        zan::releaseSmall(group, size);
+    }
 
 private:
     struct Storage;
@@ -135,9 +138,8 @@ private:
     void copyFrom(ZANFieldGroup const& other);
     void copyFieldsOf(ZANFieldGroup const& other);
     void copyGroupsOf(ZANFieldGroup const& other);
-    template <class Store>
-    void setTyped(int tag, int type, Store store);
-    void storeValue(int tag, Value&& value);
+    template <class Payload>
+    void putValue(int tag, Payload const& payload);
 
     counted_ptr<Storage> storage_;
 };

@@ -1,7 +1,5 @@
 #include "message/ZANMessage.h"
 
-#include "infra/Pool.h"
-
 #include <utility>
 
 namespace {
@@ -40,14 +38,6 @@ double ZANMessage::getTimeStamp() const {
 
 int ZANMessage::getConnectionMessageId() const {
     return getFieldGroup()->getField(connectionMessageIdTag)->getValue().asInt();
-}
-
-void* ZANMessage::operator new(std::size_t size) {
-    return zan::pool::allocate(size);
-}
-
-void ZANMessage::operator delete(void* message, std::size_t size) noexcept {
-    zan::pool::release(message, size);
 }
 
 std::ostream& operator<<(std::ostream& os, ZANMessage const& message) {

@@ -5,6 +5,7 @@
 #define ZANENGINE_MESSAGE_ZANMESSAGE_H
 
 #include "infra/Export.h"
+#include "infra/SmallObjects.h"
 #include "infra/counted_ptr.h"
 #include "message/ZANFieldGroup.h"
 
@@ -39,9 +40,11 @@ public:
     /// Field 16580, the engine's number of the message within its connection. As above.
     int getConnectionMessageId() const;
 
-    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size) { return zan::allocateSmall(size); }
     static void* operator new(std::size_t, void* place) noexcept { return place; }
-    static void operator delete(void* message, std::size_t size) noexcept;
+    static void operator delete(void* message, std::size_t size) noexcept {
+        zan::releaseSmall(message, size);
+    }
 
 private:
     counted_ptr<ZANFieldGroup> fieldGroup_;
