@@ -62,9 +62,9 @@ public:
 
     /// Starts with the adapter that `factory` creates for `provider`. Does nothing when the proxy
     /// is initialized already: to change the adapter call `uninitialize` first. Throws
-    /// `ZANAdapterCreationException` when the factory gives none, `WrongConfigurationException` when
-    /// there is no factory; what the factory and the
-    /// adapter's start throw passes unchanged. After a failure there is no proxy.
+    /// `ZANAdapterCreationException` when the factory gives none, `WrongConfigurationException`
+    /// when there is no factory; what the factory and the adapter's start throw passes unchanged.
+    /// After a failure there is no proxy.
     static void initialize(counted_ptr<IZANEngineConfigProvider> provider,
                            counted_ptr<IZANEngineAdapterFactory> factory);
 

@@ -46,19 +46,20 @@ public:
     std::vector<std::string> linesWith(std::string const& part) const {
         std::vector<std::string> found;
         for (std::string const& line : lines())
-            if (line.find(part) != std::string::npos)
+            if (matches(line, part))
                 found.push_back(line);
         return found;
     }
 
-    /// Waits until that many lines contain the text; false after the time limit.
+    /// Waits until that many lines contain the text (or are it: `up`, `down`, `on`, `off`); false
+    /// after the time limit.
     bool waitFor(std::string const& part, std::size_t count = 1,
                  std::chrono::milliseconds limit = std::chrono::seconds(10)) const {
         std::unique_lock<std::mutex> lock(mutex_);
         return changed_.wait_for(lock, limit, [&] {
             std::size_t found = 0;
             for (std::string const& line : lines_)
-                found += line.find(part) != std::string::npos ? 1 : 0;
+                found += matches(line, part) ? 1 : 0;
             return found >= count;
         });
     }
@@ -71,6 +72,12 @@ public:
     }
 
 private:
+    // The reports of one word are looked for as whole lines: "on" stands in many a text.
+    static bool matches(std::string const& line, std::string const& part) {
+        bool const word = part == "up" || part == "down" || part == "on" || part == "off";
+        return word ? line == part : line.find(part) != std::string::npos;
+    }
+
     static std::string readable(std::string message) {
         for (char& each : message)
             if (each == '\x01')
