@@ -8,6 +8,7 @@
 #include "infra/IMutex.h"
 #include "infra/InfraException.h"
 #include "infra/SimpleMutex.h"
+#include "infra/SmallObjects.h"
 #include "infra/TSingleton.h"
 #include "infra/ThreadAnnotations.h"
 #include "infra/Time.h"

@@ -1,7 +1,6 @@
 // The engine operations of the facade: each is the adapter's operation of the same name.
 #include "engine/ScopedGuard.h"
 #include "engine/ZANEngineProxy.h"
-#include "guaranteed/ZANGMLAdapterFactory.h"
 
 // Calls the adapter under the adapter mutex. An adapter that is safe for threads has a mutex that
 // does nothing, and is not even asked to lock it. The copies of counted arguments that `call`
