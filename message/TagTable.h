@@ -116,7 +116,7 @@ public:
     /// Throws `std::bad_alloc` and changes nothing then.
     [[gnu::always_inline]] void insert(Place place, int tag, Pointer&& pointer) {
         if (place.run->size == place.run->capacity) {
-            makeRoom(place);
+            place = makeRoom(place);
         }
         Run& run = *place.run;
         unsigned const behind = run.size - place.index;
@@ -185,6 +185,10 @@ private:
     }
 
     static unsigned lowerBound(Run const& run, int tag) {
+        if (run.capacity == scanned) [[likely]] {
+            Probe::compared(scanned);
+            return countBelow16(run.tags, tag);
+        }
         if (run.capacity <= shortestRun) {
             Probe::compared(run.capacity);
             return run.capacity ? countBelow4(run.tags, tag) : 0;
@@ -257,17 +261,18 @@ private:
         return static_cast<std::size_t>(&run - following_->data());
     }
 
-    [[gnu::noinline, gnu::cold]] void makeRoom(Place& place) {
-        if (place.run->capacity < longestRun) {
-            resize(*place.run, place.run->capacity ? place.run->capacity * growth : shortestRun);
-        } else {
-            split(place);
+    /// Returns where the entry stands now.
+    [[gnu::noinline]] Place makeRoom(Place place) {
+        if (place.run->capacity == longestRun) {
+            return split(place);
         }
+        resize(*place.run, place.run->capacity ? place.run->capacity * growth : shortestRun);
+        return place;
     }
 
     /// Moves the upper half of a full run to a run of its own, or nothing when the new entry goes
     /// behind the last one: fields added in order then fill their runs.
-    void split(Place& place) {
+    Place split(Place place) {
         if (!following_) {
             following_ = std::make_unique<std::vector<Run>>();
         }
@@ -290,8 +295,8 @@ private:
         shift(higher.pointers, lower.pointers + kept, higher.size);
         std::fill(lower.tags + kept, lower.tags + lower.size, noTag);
         lower.size = kept;
-        place = place.index < kept ? Place{&lower, place.index, false}
-                                   : Place{&higher, place.index - kept, false};
+        return place.index < kept ? Place{&lower, place.index, false}
+                                  : Place{&higher, place.index - kept, false};
     }
 
     void dropEmptyRun(Run& run) {
