@@ -27,9 +27,10 @@ struct NoTagTableProbe {
 /// Nearly every message has a single run. A full run is split, so that inserting into the middle
 /// of thousands of fields moves few of them.
 ///
-/// A run has room for 4, 16, 64 or 256 entries, and the tags behind the last entry are the largest
-/// there is: a search takes a fixed number of steps and has no branch that depends on a tag, which
-/// would be mispredicted when tags are asked for at random.
+/// A run has room for 4, 16, 64 or 256 entries, the first 4 of them in the table itself, and the
+/// tags behind the last entry are the largest there is: a search takes a fixed number of steps and
+/// has no branch that depends on a tag, which would be mispredicted when tags are asked for at
+/// random.
 ///
 /// `Pointer` is an owning pointer of one word that may be moved in memory byte by byte.
 template <class Pointer, class Probe = NoTagTableProbe>
@@ -77,7 +78,10 @@ public:
         unsigned index_ = 0;
     };
 
-    TagTable() = default;
+    TagTable() noexcept {
+        std::fill(tagsInPlace_, tagsInPlace_ + shortestRun, noTag);
+        first_ = {reinterpret_cast<Pointer*>(pointersInPlace_), tagsInPlace_, 0, shortestRun};
+    }
     TagTable(TagTable const&) = delete;
     TagTable& operator=(TagTable const&) = delete;
     ~TagTable() {
@@ -87,11 +91,6 @@ public:
                 releaseRun(run);
             }
         }
-    }
-
-    void swap(TagTable& other) noexcept {
-        std::swap(first_, other.first_);
-        following_.swap(other.following_);
     }
 
     bool empty() const { return first_.size == 0; }
@@ -149,14 +148,13 @@ public:
 
     /// Makes room for `count` entries at once; only in a table that has had none.
     void reserve(std::size_t count) {
-        if (count == 0) {
-            return;
-        }
         unsigned capacity = shortestRun;
         while (capacity < count && capacity < longestRun) {
             capacity *= growth;
         }
-        resize(first_, capacity);
+        if (capacity > first_.capacity) {
+            resize(first_, capacity);
+        }
     }
 
     std::size_t size() const {
@@ -189,9 +187,9 @@ private:
             Probe::compared(scanned);
             return countBelow16(run.tags, tag);
         }
-        if (run.capacity <= shortestRun) {
-            Probe::compared(run.capacity);
-            return run.capacity ? countBelow4(run.tags, tag) : 0;
+        if (run.capacity == shortestRun) {
+            Probe::compared(shortestRun);
+            return countBelow4(run.tags, tag);
         }
         int const* base = run.tags;
         for (unsigned half = run.capacity / 2; half >= scanned; half /= 2) {
@@ -266,7 +264,7 @@ private:
         if (place.run->capacity == longestRun) {
             return split(place);
         }
-        resize(*place.run, place.run->capacity ? place.run->capacity * growth : shortestRun);
+        resize(*place.run, place.run->capacity * growth);
         return place;
     }
 
@@ -328,7 +326,7 @@ private:
     }
 
     static void freeBlock(Run& run) {
-        if (run.capacity) {
+        if (run.capacity > shortestRun) {
             pool::release(run.pointers, run.capacity * entrySize);
         }
     }
@@ -341,6 +339,8 @@ private:
 
     Run first_;
     std::unique_ptr<std::vector<Run>> following_;
+    int tagsInPlace_[shortestRun];
+    alignas(Pointer) unsigned char pointersInPlace_[shortestRun * sizeof(Pointer)];
 };
 
 } // namespace zan

@@ -260,10 +260,9 @@ counted_ptr<ZANIterator<counted_ptr<ZANFieldGroup>>> ZANFieldGroup::groupIterato
 void ZANFieldGroup::clear() {
     setGroupTag(0);
     // Emptied first and let go afterwards: a destructor may look at this group.
-    zan::FieldTable fields;
-    zan::GroupTable groups;
-    fields.swap(storage_->fields);
-    groups.swap(storage_->groups);
+    counted_ptr<Storage> emptied(new Storage);
+    emptied->groupTag = storage_->groupTag;
+    emptied.swap(storage_);
 }
 
 void ZANFieldGroup::setProtocolVersion(std::string const& protocolVersion) {
@@ -295,41 +294,39 @@ bool ZANFieldGroup::isPlain() const {
 }
 
 void ZANFieldGroup::copyFrom(ZANFieldGroup const& other) {
-    setGroupTag(other.getGroupTag());
-    copyFieldsOf(other);
-    copyGroupsOf(other);
-}
-
-[[gnu::flatten]] void ZANFieldGroup::copyFieldsOf(ZANFieldGroup const& other) {
     if (isPlain() && other.isPlain()) {
-        auto const& fields = other.storage_->fields;
-        storage_->fields.reserve(fields.size());
-        for (zan::FieldTable::Cursor cursor(fields); cursor.hasNext(); cursor.next()) {
-            auto copy = copyOf(*cursor.pointer());
-            int const tag = copy->tag_;
-            put(storage_->fields, tag, std::move(copy));
-        }
+        storage_->groupTag = other.storage_->groupTag;
+        copyPlainFields(other);
+        copyPlainGroups(other);
         return;
     }
+    setGroupTag(other.getGroupTag());
     for (auto const fields = other.fieldIterator(); fields->hasNext(); fields->next()) {
         addField(copyOf(*fields->current()));
     }
-}
-
-void ZANFieldGroup::copyGroupsOf(ZANFieldGroup const& other) {
-    if (isPlain() && other.isPlain()) {
-        for (zan::GroupTable::Cursor cursor(other.storage_->groups); cursor.hasNext();
-             cursor.next()) {
-            for (auto const& instance : cursor.pointer()->instances) {
-                if (instance) {
-                    append(storage_->groups,
-                           counted_ptr<ZANFieldGroup>(new ZANFieldGroup(*instance)));
-                }
-            }
-        }
-        return;
-    }
     for (auto const groups = other.groupIterator(); groups->hasNext(); groups->next()) {
         addGroup(counted_ptr<ZANFieldGroup>(new ZANFieldGroup(*groups->current())));
+    }
+}
+
+[[gnu::flatten]] void ZANFieldGroup::copyPlainFields(ZANFieldGroup const& other) {
+    auto const& fields = other.storage_->fields;
+    auto& copies = storage_->fields;
+    copies.reserve(fields.size());
+    for (zan::FieldTable::Cursor cursor(fields); cursor.hasNext(); cursor.next()) {
+        auto copy = copyOf(*cursor.pointer());
+        int const tag = copy->tag_;
+        put(copies, tag, std::move(copy));
+    }
+}
+
+void ZANFieldGroup::copyPlainGroups(ZANFieldGroup const& other) {
+    auto const& groups = other.storage_->groups;
+    for (zan::GroupTable::Cursor cursor(groups); cursor.hasNext(); cursor.next()) {
+        for (auto const& instance : cursor.pointer()->instances) {
+            if (instance) {
+                append(storage_->groups, counted_ptr<ZANFieldGroup>(new ZANFieldGroup(*instance)));
+            }
+        }
     }
 }

@@ -136,8 +136,8 @@ private:
 
     [[nodiscard]] bool isPlain() const;
     void copyFrom(ZANFieldGroup const& other);
-    void copyFieldsOf(ZANFieldGroup const& other);
-    void copyGroupsOf(ZANFieldGroup const& other);
+    void copyPlainFields(ZANFieldGroup const& other);
+    void copyPlainGroups(ZANFieldGroup const& other);
     template <class Payload>
     void putValue(int tag, Payload const& payload);
 
