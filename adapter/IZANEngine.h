@@ -14,10 +14,9 @@
 ///   exception, and passes through the facade untouched. A connection name that the engine does not
 ///   know is a `ZANConnectionUnknownException`.
 /// - `stream` is one of `ZANGuaranteedEngineMessageListener::MessageTypeIds` (0 to 4), or -1 for
-/// all;
-///   message ids are connection message ids. Times are UTC; both ends of a range are included.
-/// - The caller owns every vector. Retrieving operations append to it and return the same
-/// reference.
+///   all of them; message ids are connection message ids. Times are UTC; both ends of a range are
+///   included.
+/// - The caller owns every vector. Retrieving operations append to it and return a reference to it.
 /// - What numbers, flags, filters and expressions select is the adapter's to define. What is told
 ///   here holds for the adapters that come with the library; other adapters tell their own.
 #ifndef ZANENGINE_ADAPTER_IZANENGINE_H
