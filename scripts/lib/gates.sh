@@ -99,13 +99,13 @@ gate_tidy() {
 }
 
 gate_m32() {
-    test_in m32 -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG"
+    test_in m32
 }
 
 gate_asan() {
     export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:check_initialization_order=1
     export UBSAN_OPTIONS=print_stacktrace=1
-    test_in asan -DCMAKE_CXX_FLAGS_DEBUG="-O0 -g1"
+    test_in asan
 }
 
 gate_tsan() {
@@ -113,9 +113,8 @@ gate_tsan() {
     test_in tsan
 }
 
-# Compiling takes most of the time of these gates, so they optimize less than the presets do.
 test_in() {
-    new_tree "$@"
+    configure "$1"
     build "$1"
     ctest --preset "$1"
 }
