@@ -93,7 +93,7 @@ void Value::setType(int type) {
     }
 }
 
-void Value::setLongText(std::string const& text) {
+void Value::setLongText(std::string_view text) {
     HeapText const copy{static_cast<char*>(zan::pool::allocate(text.size())), text.size()};
     std::memcpy(copy.data, text.data(), text.size());
     dropText();
@@ -198,15 +198,12 @@ std::string Value::asString() const {
     return ValuePresentation::Instance_->fillStringFromValue(*this, text);
 }
 
-std::string_view Value::asStringView() const {
+std::string_view Value::longText() const {
     if (payload_.type != STRING) {
         throwUnreadable(*this, "a string without a copy: it has another type");
     }
-    if (ownsText()) {
-        auto const text = load<HeapText>();
-        return {text.data, text.size};
-    }
-    return {reinterpret_cast<char const*>(payload_.place), payload_.size};
+    auto const text = load<HeapText>();
+    return {text.data, text.size};
 }
 
 bool Value::operator==(Value const& other) const {

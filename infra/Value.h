@@ -124,6 +124,7 @@ private:
     void put(bool value) { setBool(value); }
     void put(char value) { setChar(value); }
     void put(std::string const& value) { setString(value); }
+    void put(std::string_view value) { setText(value); }
     void put(Value const& value) { *this = value; }
 
     template <class T>
@@ -140,7 +141,10 @@ private:
         }
         payload_.size = 0;
     }
-    void setLongText(std::string const& text);
+    static void copyShort(unsigned char* to, char const* from, std::size_t size) noexcept;
+    void setText(std::string_view text);
+    void setLongText(std::string_view text);
+    [[nodiscard]] std::string_view longText() const;
     Value& assign(Value const& other);
 
     Payload payload_;
@@ -178,14 +182,44 @@ inline void Value::setChar(char value) {
 }
 
 inline void Value::setString(std::string const& value) {
-    if (value.size() > placeSize) {
-        setLongText(value);
+    setText(value);
+}
+
+// With two moves that may overlap, whatever the size: a call costs more than a short text.
+inline void Value::copyShort(unsigned char* to, char const* from, std::size_t size) noexcept {
+    static_assert(placeSize <= 24);
+    if (size > 16) {
+        std::memcpy(to, from, 16);
+        std::memcpy(to + size - 8, from + size - 8, 8);
+    } else if (size >= 8) {
+        std::memcpy(to, from, 8);
+        std::memcpy(to + size - 8, from + size - 8, 8);
+    } else if (size >= 4) {
+        std::memcpy(to, from, 4);
+        std::memcpy(to + size - 4, from + size - 4, 4);
+    } else if (size > 0) {
+        to[0] = static_cast<unsigned char>(from[0]);
+        to[size / 2] = static_cast<unsigned char>(from[size / 2]);
+        to[size - 1] = static_cast<unsigned char>(from[size - 1]);
+    }
+}
+
+inline void Value::setText(std::string_view text) {
+    if (text.size() > placeSize) {
+        setLongText(text);
         return;
     }
     dropText();
-    std::memcpy(payload_.place, value.data(), value.size());
-    payload_.size = static_cast<unsigned char>(value.size());
+    copyShort(payload_.place, text.data(), text.size());
+    payload_.size = static_cast<unsigned char>(text.size());
     payload_.type = STRING;
+}
+
+inline std::string_view Value::asStringView() const {
+    if (payload_.type == STRING && !ownsText()) {
+        return {reinterpret_cast<char const*>(payload_.place), payload_.size};
+    }
+    return longText();
 }
 
 /// Writes the text form of the value, by the installed `ValuePresentation`.

@@ -12,10 +12,10 @@ namespace zan {
 using DigitBuffer = char[32];
 
 /// The default text form; it lies in the value itself or in `digits`.
-std::string_view defaultText(Value const& value, DigitBuffer& digits);
+ZAN_API std::string_view defaultText(Value const& value, DigitBuffer& digits);
 
 /// Whether values are printed by `defaultText`: no presentation is installed, or the default one.
-bool usesDefaultText();
+ZAN_API bool usesDefaultText();
 
 /// Throws the `InfraException` of a type code that no value has.
 [[noreturn]] void throwUnknownType(int type);

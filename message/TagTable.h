@@ -128,6 +128,12 @@ public:
         ++run.size;
     }
 
+    /// Adds an entry behind all others: the tag is higher than every tag in the table.
+    [[gnu::always_inline]] void append(int tag, Pointer&& pointer) {
+        Run& run = following_ ? following_->back() : first_;
+        insert({&run, run.size, false}, tag, std::move(pointer));
+    }
+
     /// Takes the tag's entry out and returns its pointer; empty when there is none.
     Pointer remove(int tag) {
         Place const place = locate(tag);

@@ -14,6 +14,10 @@
 #include <typeinfo>
 #include <utility>
 
+namespace zan {
+struct GroupAccess;
+}
+
 /// A tag (the field's number in the protocol), a type code and a typed value. Fields live on the
 /// heap and are held by `counted_ptr<ZANField>`; a field group keeps at most one for a tag.
 ///
@@ -58,6 +62,7 @@ public:
 
 private:
     friend class ZANFieldGroup; // makes and changes plain fields in place
+    friend struct zan::GroupAccess;
     friend struct default_destroy_policy<ZANField>;
 
     /// A field of the type that goes with the payload.

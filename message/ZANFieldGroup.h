@@ -15,6 +15,10 @@
 #include <iosfwd>
 #include <string>
 
+namespace zan {
+struct GroupAccess;
+}
+
 /// Fields by tag, at most one for a tag, and sub-groups: under each group tag the instances of that
 /// repeating group in the order in which they were added. The number of instances is the length
 /// of that list; no count field is kept.
@@ -132,6 +136,8 @@ public:
     }
 
 private:
+    friend struct zan::GroupAccess; // reads and fills plain groups without a call for each field
+
     struct Storage;
 
     [[nodiscard]] bool isPlain() const;
