@@ -4,6 +4,9 @@
 #ifndef ZANENGINE_SERVER_WIRE_FIELDTEXT_H
 #define ZANENGINE_SERVER_WIRE_FIELDTEXT_H
 
+#include "message/GroupAccess.h"
+
+#include <cstddef>
 #include <stdexcept>
 #include <string_view>
 
@@ -18,10 +21,7 @@ public:
 inline constexpr char fieldSeparator = '\x01';
 
 /// One field; the value looks into the text that was read.
-struct WireField {
-    int tag = 0;
-    std::string_view value;
-};
+using WireField = TextField;
 
 /// The tag of the field that tells the length of the data field `tag`, or 0 when `tag` is no data
 /// field. The value of a data field may hold separators.
@@ -36,7 +36,7 @@ enum class Reading {
     Tolerant ///< passes over what is no field and goes on
 };
 
-/// Walks over the fields of a text, in one pass.
+/// Walks over the fields of a text, in one pass and in a time that grows with its length only.
 class FieldCursor {
 public:
     FieldCursor(std::string_view text, char separator, Reading reading);
@@ -46,16 +46,20 @@ public:
     WireField const& field() const { return field_; }
 
 private:
-    bool readField(std::string_view token);
-    bool readTag(std::string_view digits);
-    std::string_view takeToken();
-    std::size_t endOfToken() const;
-    bool refuse(std::string_view token, char const* reason) const;
+    bool readTag();
+    bool readOddTag();
+    void passOver(char const* end);
+    char const* endOfValue() const;
+    void readLength(char const* end);
+    void refuse(char const* end, char const* reason) const;
 
-    std::string_view rest_;
+    char const* at_;
+    char const* end_;
+    char const* token_;
     WireField field_;
     char separator_;
     bool isStrict_;
+    // The data field whose length the field before has told, or 0.
     int dataTag_ = 0;
     std::size_t dataLength_ = 0;
     int position_ = 0;

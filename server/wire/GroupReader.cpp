@@ -1,12 +1,19 @@
 #include "server/wire/GroupReader.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <memory_resource>
+#include <span>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace zan::server {
 
 namespace {
+
+constexpr int typeTag = 35;
 
 std::string tagText(int tag) {
     return "tag " + std::to_string(tag);
@@ -15,24 +22,25 @@ std::string tagText(int tag) {
 class GroupReader {
 public:
     GroupReader(std::string_view text, char separator, Reading reading,
-                GroupDictionary const& dictionary)
-        : cursor_(text, separator, reading), header_(dictionary.header),
+                CompiledDictionary const& dictionary)
+        : cursor_(text, separator, reading), dictionary_(dictionary),
           isStrict_(reading == Reading::Strict) {
-        findType(FieldCursor(text, separator, reading));
-        auto const found = dictionary.messages.find(type_);
-        body_ = found == dictionary.messages.end() ? nullptr : &found->second;
+        pending_.reserve(usualFields);
+        findType(cursor_);
     }
 
     counted_ptr<ZANFieldGroup> read() {
         counted_ptr<ZANFieldGroup> message(new ZANFieldGroup(0));
+        PlacedTags const& groups = dictionary_.groupsOf(type_);
         advance();
         while (hasField_) {
-            if (GroupRule const* rule = groupOf(tag())) {
-                readGroup(*message, *rule);
+            if (PlacedTag const* const count = groups.find(tag())) {
+                readGroup(*message, 0, *count);
             } else {
-                readField(*message);
+                readField();
             }
         }
+        close(*message, 0);
         return message;
     }
 
@@ -40,7 +48,7 @@ private:
     // The type decides which groups there are, and text that people write may hold it anywhere.
     void findType(FieldCursor cursor) {
         while (cursor.next()) {
-            if (cursor.field().tag == 35) {
+            if (cursor.field().tag == typeTag) {
                 type_ = cursor.field().value;
                 return;
             }
@@ -51,64 +59,65 @@ private:
     void advance() { hasField_ = cursor_.next(); }
     int tag() const { return cursor_.field().tag; }
 
-    GroupRule const* groupOf(int countTag) const {
-        for (MessageGroups const* groups : {body_, &header_}) {
-            if (groups) {
-                auto const found = groups->find(countTag);
-                if (found != groups->end()) {
-                    return &found->second;
-                }
-            }
-        }
-        return nullptr;
-    }
-
-    void readField(ZANFieldGroup& group) {
-        if (isStrict_ && group.isFieldPresent(tag())) {
-            refuseRepetition(group.getGroupTag());
-        }
-        Value value;
-        value.setString(std::string(cursor_.field().value));
-        group.addField(counted_ptr<ZANField>(new ZANField(tag(), Value::STRING, value)));
+    void readField() {
+        pending_.push_back(cursor_.field());
         advance();
     }
 
-    void readGroup(ZANFieldGroup& parent, GroupRule const& rule) {
+    // The fields of `parent` that were read so far are those that are pending from `first` on.
+    void readGroup(ZANFieldGroup& parent, std::size_t first, PlacedTag const& placed) {
         WireField const count = cursor_.field();
-        if (parent.isGroupPresent(count.tag) || parent.isFieldPresent(count.tag)) {
-            refuse(tagText(count.tag) + " counts the instances of a group, and stands twice");
+        CompiledGroup const& group = dictionary_.group(placed);
+        if (isStrict_) {
+            checkFirst(count.tag, parent, first);
         }
         advance();
         int instances = 0;
-        for (; hasField_ && tag() == rule.delimiter; ++instances) {
-            parent.addGroup(readInstance(count.tag, rule));
+        for (; hasField_ && tag() == group.delimiter; ++instances) {
+            parent.addGroup(readInstance(group));
         }
         if (isStrict_) {
-            checkCount(count, instances, rule);
+            checkCount(count, instances, group);
         }
         if (instances == 0) {
-            parent.setFieldValue(count.tag, std::string(count.value));
+            pending_.push_back(count);
         }
     }
 
-    counted_ptr<ZANFieldGroup> readInstance(int countTag, GroupRule const& rule) {
-        counted_ptr<ZANFieldGroup> instance(new ZANFieldGroup(countTag));
+    counted_ptr<ZANFieldGroup> readInstance(CompiledGroup const& group) {
+        counted_ptr<ZANFieldGroup> instance(new ZANFieldGroup(group.countTag));
+        std::size_t const first = pending_.size();
+        PlacedTag const* member = group.members.find(tag());
         do {
-            auto const nested = rule.nested.find(tag());
-            if (nested != rule.nested.end()) {
-                readGroup(*instance, nested->second);
+            if (member && member->group != PlacedTag::noGroup) {
+                readGroup(*instance, first, *member);
             } else {
-                readField(*instance);
+                readField();
             }
-        } while (hasField_ && tag() != rule.delimiter && isMember(rule, tag()));
+            member = hasField_ && tag() != group.delimiter ? group.members.find(tag()) : nullptr;
+        } while (member);
+        close(*instance, first);
         return instance;
     }
 
-    static bool isMember(GroupRule const& rule, int tag) {
-        return std::ranges::find(rule.members, tag) != rule.members.end();
+    // All fields of a group go into it at once.
+    void close(ZANFieldGroup& group, std::size_t first) {
+        int const repeated = GroupAccess::fill(group, std::span(pending_).subspan(first));
+        if (repeated != 0 && isStrict_) {
+            refuseRepetition(repeated, group.getGroupTag());
+        }
+        pending_.resize(first);
     }
 
-    void checkCount(WireField const& count, int instances, GroupRule const& rule) const {
+    void checkFirst(int countTag, ZANFieldGroup const& parent, std::size_t first) const {
+        auto const fields = std::span(pending_).subspan(first);
+        if (parent.isGroupPresent(countTag) ||
+            std::ranges::find(fields, countTag, &WireField::tag) != fields.end()) {
+            refuse(tagText(countTag) + " counts the instances of a group, and stands twice");
+        }
+    }
+
+    void checkCount(WireField const& count, int instances, CompiledGroup const& group) const {
         int told = -1;
         char const* const end = count.value.data() + count.value.size();
         auto const [stop, error] = std::from_chars(count.value.data(), end, told);
@@ -118,9 +127,9 @@ private:
                    "right, not " +
                    std::string(count.value));
         }
-        if (told != instances && hasField_ && isMember(rule, tag())) {
+        if (told != instances && hasField_ && group.members.find(tag())) {
             refuse(tagText(tag()) + ": an instance of group " + std::to_string(count.tag) +
-                   " has to begin with " + tagText(rule.delimiter));
+                   " has to begin with " + tagText(group.delimiter));
         }
         if (told != instances) {
             refuse(tagText(count.tag) + " tells " + std::to_string(told) +
@@ -129,14 +138,15 @@ private:
         }
     }
 
-    void refuseRepetition(int groupTag) const {
+    void refuseRepetition(int repeated, int groupTag) const {
         if (groupTag != 0) {
-            refuse(tagText(tag()) + " stands twice in one instance of group " +
+            refuse(tagText(repeated) + " stands twice in one instance of group " +
                    std::to_string(groupTag));
         }
-        refuse(tagText(tag()) +
+        refuse(tagText(repeated) +
                " stands twice, and the session's dictionary knows no group of message type " +
-               type_ + " that holds it; a DataDictionary that knows the group would be right");
+               std::string(type_) +
+               " that holds it; a DataDictionary that knows the group would be right");
     }
 
     void refuse(std::string const& reason) const {
@@ -145,19 +155,29 @@ private:
         }
     }
 
+    static constexpr std::size_t usualFields = 128;
+
     FieldCursor cursor_;
+    CompiledDictionary const& dictionary_;
     bool hasField_ = false;
-    std::string type_;
-    MessageGroups const& header_;
-    MessageGroups const* body_ = nullptr;
     bool isStrict_;
+    std::string_view type_;
+    // The fields of all groups that are open, the innermost ones last.
+    alignas(WireField) std::array<std::byte, usualFields * sizeof(WireField)> place_;
+    std::pmr::monotonic_buffer_resource resource_{place_.data(), place_.size()};
+    std::pmr::vector<WireField> pending_{&resource_};
 };
 
 } // namespace
 
 counted_ptr<ZANFieldGroup> readMessage(std::string_view text, char separator, Reading reading,
-                                       GroupDictionary const& dictionary) {
+                                       CompiledDictionary const& dictionary) {
     return GroupReader(text, separator, reading, dictionary).read();
+}
+
+counted_ptr<ZANFieldGroup> readMessage(std::string_view text, char separator, Reading reading,
+                                       GroupDictionary const& dictionary) {
+    return readMessage(text, separator, reading, CompiledDictionary(dictionary));
 }
 
 } // namespace zan::server

@@ -7,18 +7,25 @@
 #include "infra/counted_ptr.h"
 #include "message/ZANFieldGroup.h"
 #include "server/sessions/GroupDictionary.h"
+#include "server/wire/CompiledDictionary.h"
 #include "server/wire/FieldText.h"
 
 #include <string_view>
 
 namespace zan::server {
 
-/// The model of a text: fields as strings, repeating groups as nested groups by the dictionary.
+/// The model of a text: fields as strings, repeating groups as nested groups by the dictionary. The
+/// time it takes grows with the length of the text only, whatever the text is.
 ///
 /// Strict: throws `MalformedMessage` for anything that is no field, for a missing type (tag 35), a
 /// tag that stands twice where no group explains it, and a count that its instances do not bear
 /// out. Tolerant: every text has a model; of a tag that stands twice it shows the last value, and a
 /// count without instances stays a field.
+counted_ptr<ZANFieldGroup> readMessage(std::string_view text, char separator, Reading reading,
+                                       CompiledDictionary const& dictionary);
+
+/// The same for a single text: compiles the dictionary each time, which takes much longer than to
+/// read a message.
 counted_ptr<ZANFieldGroup> readMessage(std::string_view text, char separator, Reading reading,
                                        GroupDictionary const& dictionary);
 

@@ -7,6 +7,7 @@
 #include "message/ZANFieldGroup.h"
 #include "server/sessions/FixMessage.h"
 #include "server/sessions/GroupDictionary.h"
+#include "server/wire/CompiledDictionary.h"
 
 #include <string>
 
@@ -17,6 +18,10 @@ namespace zan::server {
 /// before it. Counts and lengths are added; where the model holds them they have to be true.
 /// Throws `MalformedMessage` for a tag that is not positive, an empty value, a separator in a value
 /// that is no data, and a group or a member that the dictionary does not know for `type`.
+FixFields writeFields(ZANFieldGroup const& message, std::string const& type,
+                      CompiledDictionary const& dictionary);
+
+/// The same for a single message: compiles the dictionary each time.
 FixFields writeFields(ZANFieldGroup const& message, std::string const& type,
                       GroupDictionary const& dictionary);
 

@@ -19,7 +19,7 @@ bool isSetByEngine(int tag) {
 }
 
 FixFields bodyOf(ZANFieldGroup const& message, std::string const& type,
-                 GroupDictionary const& dictionary) {
+                 CompiledDictionary const& dictionary) {
     FixFields fields = writeFields(message, type, dictionary);
     std::erase_if(fields, [](FixField const& field) { return isSetByEngine(field.tag); });
     return fields;
@@ -36,7 +36,7 @@ bool OutgoingMessage::isAdmin() const {
     return type.size() == 1 && std::string_view("012345A").find(type.front()) != std::string::npos;
 }
 
-OutgoingMessage outgoingFromText(std::string_view text, GroupDictionary const& dictionary) {
+OutgoingMessage outgoingFromText(std::string_view text, CompiledDictionary const& dictionary) {
     char const separator =
         text.find(fieldSeparator) == std::string_view::npos ? '|' : fieldSeparator;
     counted_ptr<ZANFieldGroup> const model =
@@ -51,7 +51,8 @@ OutgoingMessage outgoingFromText(std::string_view text, GroupDictionary const& d
     return message;
 }
 
-OutgoingMessage outgoingFromModel(ZANFieldGroup const& message, GroupDictionary const& dictionary) {
+OutgoingMessage outgoingFromModel(ZANFieldGroup const& message,
+                                  CompiledDictionary const& dictionary) {
     std::string const type = typeOf(message);
     if (type.empty()) {
         throw MalformedMessage("tag 35, the type of the message, is missing");
@@ -59,12 +60,24 @@ OutgoingMessage outgoingFromModel(ZANFieldGroup const& message, GroupDictionary 
     return {type, bodyOf(message, type, dictionary)};
 }
 
-FixFields logonFieldsFromModel(ZANFieldGroup const& fields, GroupDictionary const& dictionary) {
+FixFields logonFieldsFromModel(ZANFieldGroup const& fields, CompiledDictionary const& dictionary) {
     std::string const type = typeOf(fields);
     if (!type.empty() && type != "A") {
         throw MalformedMessage("tag 35: the fields of a Logon cannot be of message type " + type);
     }
     return bodyOf(fields, "A", dictionary);
+}
+
+OutgoingMessage outgoingFromText(std::string_view text, GroupDictionary const& dictionary) {
+    return outgoingFromText(text, CompiledDictionary(dictionary));
+}
+
+OutgoingMessage outgoingFromModel(ZANFieldGroup const& message, GroupDictionary const& dictionary) {
+    return outgoingFromModel(message, CompiledDictionary(dictionary));
+}
+
+FixFields logonFieldsFromModel(ZANFieldGroup const& fields, GroupDictionary const& dictionary) {
+    return logonFieldsFromModel(fields, CompiledDictionary(dictionary));
 }
 
 } // namespace zan::server

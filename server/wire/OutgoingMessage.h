@@ -7,6 +7,7 @@
 #include "message/ZANFieldGroup.h"
 #include "server/sessions/FixMessage.h"
 #include "server/sessions/GroupDictionary.h"
+#include "server/wire/CompiledDictionary.h"
 
 #include <string>
 #include <string_view>
@@ -27,13 +28,19 @@ struct OutgoingMessage {
 ///
 /// Fields that are the engine's (8, 9, 10, 34, 49, 52, 56, and the message's number and time of a
 /// message that came from it) are left out: the engine sets its own.
-OutgoingMessage outgoingFromText(std::string_view text, GroupDictionary const& dictionary);
+OutgoingMessage outgoingFromText(std::string_view text, CompiledDictionary const& dictionary);
 
 /// A message that was built as a model. Throws `MalformedMessage`.
-OutgoingMessage outgoingFromModel(ZANFieldGroup const& message, GroupDictionary const& dictionary);
+OutgoingMessage outgoingFromModel(ZANFieldGroup const& message,
+                                  CompiledDictionary const& dictionary);
 
 /// The fields that a connection adds to its Logon. A type, where there is one, has to be the
 /// Logon's. Throws `MalformedMessage`.
+FixFields logonFieldsFromModel(ZANFieldGroup const& fields, CompiledDictionary const& dictionary);
+
+/// The same for a single message: each compiles the dictionary.
+OutgoingMessage outgoingFromText(std::string_view text, GroupDictionary const& dictionary);
+OutgoingMessage outgoingFromModel(ZANFieldGroup const& message, GroupDictionary const& dictionary);
 FixFields logonFieldsFromModel(ZANFieldGroup const& fields, GroupDictionary const& dictionary);
 
 } // namespace zan::server
