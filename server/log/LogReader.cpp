@@ -1,0 +1,110 @@
+#include "server/log/LogReader.h"
+
+#include "server/log/LogClock.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+
+namespace zan::server {
+
+namespace {
+
+std::string selectRows(std::string_view rest) {
+    return "SELECT " + std::string(rowColumns) + " FROM messages WHERE " + std::string(rest);
+}
+
+} // namespace
+
+long LogReader::lastId() {
+    Statement& newest = connection_.statement("SELECT max(id) FROM messages");
+    StatementUse const use(newest);
+    return newest.step() ? static_cast<long>(newest.number(0)) : 0;
+}
+
+long LogReader::numberingFirst() {
+    Statement& meta = connection_.statement("SELECT value FROM meta WHERE name='numbering_first'");
+    StatementUse const use(meta);
+    return meta.step() ? static_cast<long>(meta.number(0)) : 1;
+}
+
+std::optional<LogRow> LogReader::row(long id) {
+    Statement& rows = connection_.statement(selectRows("id=?1"));
+    StatementUse const use(rows);
+    if (!rows.bind(1, id).step()) {
+        return std::nullopt;
+    }
+    return readRow(connection_.database(), rows);
+}
+
+// Times never fall with the id, so a range of times is a range of ids.
+IdRange LogReader::idsOf(std::pair<std::int64_t, std::int64_t> millis) {
+    IdRange const all(1, lastId());
+    long const first = firstAtOrAfter(millis.first, all);
+    return {first, firstAfter(millis.second, all) - 1};
+}
+
+void LogReader::messages(int stream, IdRange ids, bool newestFirst, RowSink const& sink) {
+    std::string const order = newestFirst ? "ORDER BY id DESC" : "ORDER BY id";
+    Statement& rows = connection_.statement(
+        selectRows(
+            "id BETWEEN ?1 AND ?2 AND (?3<0 OR stream=?3) AND hidden=0 AND length(text)>0 ") +
+        order);
+    StatementUse const use(rows);
+    rows.bind(1, ids.first).bind(2, ids.second).bind(3, stream);
+    while (rows.step()) {
+        sink(readRow(connection_.database(), rows));
+    }
+}
+
+// The next number out never falls within a numbering, so the place of a number is found by halving.
+void LogReader::sent(long from, int first, int last, RowSink const& sink) {
+    IdRange const all(from, lastId());
+    last = std::min(last, std::numeric_limits<int>::max() - 1);
+    IdRange const range(firstWithNextOutAbove(first, all), firstWithNextOutAbove(last + 1, all));
+    Statement& rows =
+        connection_.statement(selectRows("id BETWEEN ?1 AND ?2 AND origin=0 AND stream IN (1,3,4) "
+                                         "AND seq BETWEEN ?3 AND ?4 ORDER BY id"));
+    StatementUse const use(rows);
+    rows.bind(1, range.first).bind(2, range.second).bind(3, first).bind(4, last);
+    for (int seq = 0; seq < last && rows.step();) {
+        LogRow row = readRow(connection_.database(), rows);
+        seq = row.entry.seq;
+        sink(std::move(row));
+    }
+}
+
+// The least id from which on all rows have it; one above the range when none has.
+template <class IsReached>
+long LogReader::firstWhere(IdRange ids, IsReached const& isReached) {
+    auto [low, end] = ids;
+    ++end;
+    while (low < end) {
+        long const middle = low + (end - low) / 2;
+        Statement& probe = connection_.statement(
+            "SELECT id,time,next_out FROM messages WHERE id>=?1 ORDER BY id LIMIT 1");
+        StatementUse const use(probe);
+        if (!probe.bind(1, middle).step() || probe.number(0) >= end || isReached(probe)) {
+            end = middle;
+        } else {
+            low = static_cast<long>(probe.number(0)) + 1;
+        }
+    }
+    return low;
+}
+
+long LogReader::firstAtOrAfter(std::int64_t millis, IdRange ids) {
+    std::string const time = timeText(millis);
+    return firstWhere(ids, [&](Statement const& row) { return row.bytes(1) >= time; });
+}
+
+long LogReader::firstAfter(std::int64_t millis, IdRange ids) {
+    std::string const time = timeText(millis);
+    return firstWhere(ids, [&](Statement const& row) { return row.bytes(1) > time; });
+}
+
+long LogReader::firstWithNextOutAbove(int number, IdRange ids) {
+    return firstWhere(ids, [&](Statement const& row) { return row.number(2) > number; });
+}
+
+} // namespace zan::server

@@ -1,0 +1,57 @@
+/// What can be read at one moment of the log, by id and by time.
+///
+/// Threads: one at a time.
+#ifndef ZANENGINE_SERVER_LOG_LOGREADER_H
+#define ZANENGINE_SERVER_LOG_LOGREADER_H
+
+#include "server/log/ReadPool.h"
+
+#include <functional>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace zan::server {
+
+/// Ids from the first to the second, both included; empty when the second is less.
+using IdRange = std::pair<long, long>;
+
+inline constexpr int allStreams = -1;
+
+class LogReader {
+public:
+    using RowSink = std::function<void(LogRow&&)>;
+
+    explicit LogReader(ReadConnection& connection) : connection_(connection) {}
+
+    /// The newest row, 0 without one.
+    long lastId();
+
+    /// The first row of the numbering.
+    long numberingFirst();
+
+    /// Rows that are hidden, and rows without a message, as well.
+    std::optional<LogRow> row(long id);
+
+    /// The ids of the rows of that time, both ends included.
+    IdRange idsOf(std::pair<std::int64_t, std::int64_t> millis);
+
+    /// The messages of the range that anybody may see.
+    void messages(int stream, IdRange ids, bool newestFirst, RowSink const& sink);
+
+    /// What was sent under these numbers, among the rows from `from` on.
+    void sent(long from, int first, int last, RowSink const& sink);
+
+private:
+    template <class IsReached>
+    long firstWhere(IdRange ids, IsReached const& isReached);
+    long firstAtOrAfter(std::int64_t millis, IdRange ids);
+    long firstAfter(std::int64_t millis, IdRange ids);
+    long firstWithNextOutAbove(int number, IdRange ids);
+
+    ReadConnection& connection_;
+};
+
+} // namespace zan::server
+
+#endif

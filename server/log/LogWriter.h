@@ -1,0 +1,75 @@
+/// The session's side of the log: one transaction at a time, held in memory until it is committed,
+/// and the numbers that belong to it.
+///
+/// Threads: the one that has the turn; `numbers` and `lastId` any.
+#ifndef ZANENGINE_SERVER_LOG_LOGWRITER_H
+#define ZANENGINE_SERVER_LOG_LOGWRITER_H
+
+#include "server/log/LogClock.h"
+#include "server/log/WriteConnection.h"
+
+#include <atomic>
+#include <functional>
+#include <vector>
+
+namespace zan::server {
+
+class LogWriter {
+public:
+    /// Takes up the numbers where the newest row left them.
+    explicit LogWriter(WriteConnection& connection);
+
+    FixNumbers numbers() const { return numbers_.load(std::memory_order_relaxed); }
+    void setNumbers(FixNumbers numbers);
+    void reset();
+    long long numberingBegan() const { return open_.numberingBegan; }
+    long append(FixEntry entry);
+
+    /// `extra` runs in the same transaction, after the rows were written.
+    std::vector<FixEntry> commit(std::function<void(WriteConnection&)> const& extra = {});
+    void rollBack();
+
+    /// The newest row that was committed, 0 without one.
+    long lastId() const { return lastId_.load(std::memory_order_acquire); }
+    /// When it was committed, by the system's clock.
+    long long lastCommit() const { return lastCommit_.load(std::memory_order_relaxed); }
+    /// The first row of the numbering as it was committed.
+    long numberingFirst() const { return numberingFirst_.load(std::memory_order_acquire); }
+
+    /// The first row of the numbering, as the open transaction has it.
+    long openNumberingFirst() const { return open_.numberingFirst; }
+    std::vector<LogRow> const& openRows() const { return rows_; }
+
+private:
+    // What a transaction changes, and what it comes back to when it is rolled back.
+    struct State {
+        FixNumbers numbers;
+        long lastId = 0;
+        long long lastMillis = 0;
+        long numberingFirst = 1;
+        long long numberingBegan = 0;
+    };
+
+    void startNumbers();
+    void addNoteOnNumbers();
+    void write(std::function<void(WriteConnection&)> const& extra);
+    bool isNewNumbering() const;
+
+    WriteConnection& connection_;
+    TimeWriter times_;
+    State committed_;
+    State open_;
+    std::vector<LogRow> rows_;
+    // The newest row still takes the numbers after it.
+    bool isRowOpen_ = false;
+    // The numbers were changed, and no row of the transaction says so.
+    bool areNumbersLoose_ = false;
+    std::atomic<FixNumbers> numbers_;
+    std::atomic<long> lastId_;
+    std::atomic<long> numberingFirst_;
+    std::atomic<long long> lastCommit_ = 0;
+};
+
+} // namespace zan::server
+
+#endif

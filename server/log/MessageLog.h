@@ -1,0 +1,156 @@
+/// The message log of one connection: every message of both directions with the session's numbers,
+/// the marks of guaranteed listeners, and the audit of edits, in one file.
+///
+/// Nothing of the database behind it shows here. Every operation throws `LogFailure` when the
+/// storage fails, and `BadExpression` for an expression of a caller's that is wrong or takes too
+/// long.
+///
+/// Threads: any. Reading holds nobody up, and sees what was committed when it began.
+#ifndef ZANENGINE_SERVER_LOG_MESSAGELOG_H
+#define ZANENGINE_SERVER_LOG_MESSAGELOG_H
+
+#include "server/sessions/FixSessionStore.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace zan::server {
+
+/// The storage failed: full, broken, read-only ... The text tells the file and the reason.
+class LogFailure : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// An expression that cannot be used. The text tells the position and the reason.
+class BadExpression : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+struct LogSettings {
+    std::string file;
+    /// What was committed survives a power failure too, not just the end of the process.
+    bool survivesPowerFailure = false;
+};
+
+/// Which messages to read. Every condition that is set has to hold.
+struct LogQuery {
+    /// -1: all streams.
+    int stream = -1;
+    /// Ends included; milliseconds since 1970-01-01 00:00:00 UTC.
+    std::optional<std::pair<std::int64_t, std::int64_t>> millis;
+    /// Ends included.
+    std::optional<std::pair<long, long>> ids;
+    /// Nothing else than these.
+    std::optional<std::vector<int>> idSet;
+    /// Empty for all.
+    std::string where;
+    /// Empty: by id.
+    std::string orderBy;
+    /// Turns the order round.
+    bool newestFirst = false;
+};
+
+using LogTable = std::vector<std::vector<std::string>>;
+
+class MessageLog final : public FixSessionStore {
+public:
+    /// Gets the entries that were asked for, one after the other. What it throws ends the reading
+    /// and passes on.
+    using Sink = std::function<void(FixEntry&&)>;
+
+    /// Opens the file, or makes it. Throws `WrongConfigurationException` for a file that is no log
+    /// or was written by a newer version; an older version's is brought up.
+    explicit MessageLog(LogSettings const& settings);
+    ~MessageLog() override;
+
+    // The session's side.
+
+    void lock() override;
+    void unlock() override;
+    FixNumbers numbers() const override;
+    void setNumbers(FixNumbers numbers) override;
+    void reset() override;
+    long long numberingBegan() const override;
+    long append(FixEntry entry) override;
+    std::vector<FixEntry> sent(int first, int last) override;
+    std::vector<FixEntry> commit() override;
+    void rollBack() override;
+
+    // Reading. Notes without a message are in the table form only.
+
+    void read(LogQuery const& query, Sink const& sink) const;
+
+    /// Every message of the orders that these ids or client order ids belong to, followed through
+    /// ClOrdID (11), OrigClOrdID (41) and OrderID (37) in both directions.
+    void readChain(std::vector<int> const& ids, std::vector<std::string> const& clientOrderIds,
+                   bool newestFirst, Sink const& sink) const;
+
+    /// The application messages first sent under these numbers of the current numbering; `last` 0:
+    /// to the newest.
+    void readSent(int first, int last, std::string const& where, Sink const& sink) const;
+
+    std::vector<int> ids(int stream, bool newestFirst) const;
+
+    /// Appends rows of text: the names of the columns, then one row an entry. `columns` is a list
+    /// with commas, empty for all of the log's; with one of the columns `edited`, `user` and
+    /// `action` among them, or `audit` for all, the rows are those of the audit.
+    void readTable(int stream, std::string const& columns, std::string const& where,
+                   std::string const& orderBy, LogTable& table) const;
+
+    /// The id of the newest entry, 0 when there is none.
+    long lastId() const;
+
+    // Edits; `user` goes into the audit. They return how many entries they touched.
+
+    /// `assignments`: `note = <expression>` or `text = <expression>`, with a comma between them.
+    long update(int stream, std::string const& assignments, std::string const& where,
+                std::string const& user);
+    long remove(int stream, std::string const& where, std::string const& user);
+    long insert(std::vector<FixEntry> entries, std::string const& user);
+
+    // Marks of guaranteed listeners: the highest id that was consumed, -1 for none.
+
+    int mark(std::string const& subscriber, FixStream stream) const;
+    /// Never lowers a mark. It lasts after `flushMarks`, or after the next `maintain`.
+    void setMark(std::string const& subscriber, FixStream stream, int id);
+    void resetMarks(std::string const& subscriber);
+    void flushMarks();
+
+    /// To be called every few hundred milliseconds: what can be done later, such as marks, the
+    /// index of orders, statistics. Failures wait for the next time.
+    void maintain();
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> const impl_;
+};
+
+/// A caller's expression, ready to be asked about single entries that need not be in a log.
+///
+/// Threads: one at a time.
+class EntryFilter {
+public:
+    /// Throws `BadExpression`. Empty lets everything through.
+    explicit EntryFilter(std::string const& expression);
+    ~EntryFilter();
+    EntryFilter(EntryFilter const&) = delete;
+    EntryFilter& operator=(EntryFilter const&) = delete;
+
+    bool matches(FixEntry const& entry);
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> const impl_;
+};
+
+} // namespace zan::server
+
+#endif

@@ -1,0 +1,54 @@
+#include "server/log/WriteConnection.h"
+
+#include "server/log/LogSchema.h"
+
+namespace zan::server {
+
+namespace {
+
+// A commit that finds more pages than this in the write-ahead log moves them into the file itself.
+// Usually that was done before, when nobody had to wait for it.
+constexpr char const* mostPagesAhead = "4000";
+
+Database opened(LogSettings const& settings) {
+    Database database(settings.file, Database::Access::Make);
+    if (database.isReadOnly()) {
+        database.failWith("the file cannot be written; it and its folder have to be writable");
+    }
+    bringUp(database);
+    database.execute("PRAGMA journal_mode=WAL");
+    database.execute(settings.survivesPowerFailure ? "PRAGMA synchronous=FULL"
+                                                   : "PRAGMA synchronous=NORMAL");
+    database.execute(std::string("PRAGMA wal_autocheckpoint=") + mostPagesAhead);
+    return database;
+}
+
+} // namespace
+
+WriteConnection::WriteConnection(LogSettings const& settings)
+    : database_(opened(settings)), begin_(database_, "BEGIN IMMEDIATE"),
+      commit_(database_, "COMMIT"), rows_(database_) {}
+
+void WriteConnection::insertAlone(LogRow const& row, std::string const& time) {
+    std::lock_guard const lock(mutex_);
+    rows_.insert(row, time);
+}
+
+void WriteConnection::setMeta(std::string_view name, std::int64_t value) {
+    Statement statement(database_, "INSERT OR REPLACE INTO meta VALUES(?1,?2)");
+    statement.bindText(1, name).bind(2, value).run();
+}
+
+std::int64_t WriteConnection::meta(std::string_view name) {
+    Statement statement(database_, "SELECT value FROM meta WHERE name=?1");
+    return statement.bindText(1, name).step() ? statement.number(0) : 0;
+}
+
+// SQLite has rolled back by itself after some failures.
+void WriteConnection::rollBack() {
+    if (database_.isInTransaction()) {
+        Statement(database_, "ROLLBACK").run();
+    }
+}
+
+} // namespace zan::server

@@ -1,0 +1,58 @@
+/// The one connection that writes into the log's file.
+///
+/// Threads: any; one transaction at a time.
+#ifndef ZANENGINE_SERVER_LOG_WRITECONNECTION_H
+#define ZANENGINE_SERVER_LOG_WRITECONNECTION_H
+
+#include "server/log/LogRow.h"
+#include "server/log/Sqlite.h"
+
+#include <mutex>
+
+namespace zan::server {
+
+class WriteConnection {
+public:
+    /// Opens the file or makes it, and brings its tables up.
+    explicit WriteConnection(LogSettings const& settings);
+
+    /// Runs `work(*this)` in one transaction. Whatever it or the commit throws leaves the file as
+    /// it was before.
+    template <class Work>
+    void transact(Work const& work) {
+        std::lock_guard const lock(mutex_);
+        begin_.run();
+        try {
+            work(*this);
+            commit_.run();
+        } catch (...) {
+            rollBack();
+            throw;
+        }
+    }
+
+    /// A transaction of one row only, which costs least.
+    void insertAlone(LogRow const& row, std::string const& time);
+
+    // Inside of a transaction.
+
+    Database& database() { return database_; }
+    RowWriter& rows() { return rows_; }
+    void setMeta(std::string_view name, std::int64_t value);
+
+    /// While the log is being opened only.
+    std::int64_t meta(std::string_view name);
+
+private:
+    void rollBack();
+
+    std::mutex mutex_;
+    Database database_;
+    Statement begin_;
+    Statement commit_;
+    RowWriter rows_;
+};
+
+} // namespace zan::server
+
+#endif
