@@ -1,0 +1,97 @@
+/// What a session needs kept for it: its numbers, and every message of both directions.
+///
+/// The numbers and the messages belong together: they are committed in one transaction, so that
+/// whatever ends the process leaves them in step.
+///
+/// Threads: a store has one turn at a time (`lock`, `unlock`), and everything but `numbers` belongs
+/// to the thread that has the turn. The turn comes before every other lock of a session.
+#ifndef ZANENGINE_SERVER_SESSIONS_FIXSESSIONSTORE_H
+#define ZANENGINE_SERVER_SESSIONS_FIXSESSIONSTORE_H
+
+#include <string>
+#include <vector>
+
+namespace zan {
+namespace server {
+
+/// The streams of a connection, under the numbers that applications know them by.
+enum class FixStream {
+    adminIn = 0,  ///< administrative messages of the counterparty
+    adminOut = 1, ///< administrative messages to the counterparty
+    appIn = 2,    ///< application messages of the counterparty
+    appOut = 3,   ///< application messages to the counterparty
+    resent = 4    ///< application messages to the counterparty that were sent again
+};
+
+/// How an entry came to be.
+enum class FixOrigin {
+    wire = 0,     ///< a message as it was on the wire, under a number of its own
+    again = 1,    ///< a message of ours, sent again under the number that it had
+    internal = 2, ///< posted by an application for the listeners, never on the wire
+    inserted = 3, ///< put in by an edit of the log; listeners do not get it
+    remark = 4    ///< kept for people: what the session refused, or a note without a message
+};
+
+/// One entry of the log.
+struct FixEntry {
+    long id = 0;          ///< within the connection: rising, never used twice; given by the store
+    long long millis = 0; ///< since 1970-01-01 00:00:00 UTC, never falling; given by the store
+    FixStream stream = FixStream::adminIn;
+    FixOrigin origin = FixOrigin::wire;
+    int seq = 0;      ///< the sequence number (tag 34), 0 where there is none
+    std::string text; ///< the bytes of the message; empty for a note without a message
+    std::string note; ///< for people
+};
+
+/// The numbers that the next message out and the next message in will carry.
+struct FixNumbers {
+    int nextOut = 1;
+    int nextIn = 1;
+};
+
+class FixSessionStore {
+public:
+    virtual ~FixSessionStore();
+
+    /// Waits for the turn, and gives it back. What was not committed by then is rolled back.
+    virtual void lock() = 0;
+    virtual void unlock() = 0;
+
+    /// The numbers as the open transaction has them, or as they were committed last. Any thread.
+    virtual FixNumbers numbers() const = 0;
+
+    // With the turn. The first change opens a transaction.
+
+    virtual void setNumbers(FixNumbers numbers) = 0;
+
+    /// A new numbering begins: both numbers are 1, and nothing that was sent before counts as sent.
+    virtual void reset() = 0;
+
+    /// When the numbering began, in milliseconds since 1970-01-01 00:00:00 UTC.
+    virtual long long numberingBegan() const = 0;
+
+    /// Adds an entry and returns its id.
+    virtual long append(FixEntry entry) = 0;
+
+    /// The messages that were first sent under these numbers of the current numbering, in their
+    /// order, also those of the open transaction. Numbers that cannot be had are left out. Throws
+    /// std::runtime_error when the storage fails.
+    virtual std::vector<FixEntry> sent(int first, int last) = 0;
+
+    /// Makes the transaction last, and returns its entries in their order. Throws
+    /// std::runtime_error when the storage fails; then everything is as it was before.
+    virtual std::vector<FixEntry> commit() = 0;
+
+    /// Everything is as it was before the transaction. Ids that were given come again.
+    virtual void rollBack() = 0;
+
+protected:
+    FixSessionStore() = default;
+    FixSessionStore(FixSessionStore const&) = delete;
+    FixSessionStore& operator=(FixSessionStore const&) = delete;
+};
+
+} // namespace server
+} // namespace zan
+
+#endif
