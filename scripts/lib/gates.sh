@@ -2,7 +2,7 @@
 # its exit status. To be sourced after common.sh.
 
 # In the order in which `all` runs them: the quick ones first, then what others build upon.
-GATES=(format arrows build headers test docs install bench tidy m32 asan tsan)
+GATES=(format arrows build headers test docs install bench crash tidy m32 asan tsan)
 
 list_gates() {
     cat <<'TEXT'
@@ -14,6 +14,7 @@ test     all tests, in the build tree of scripts/test
 docs     API pages without warnings; the code and the links of the documents
 install  the installed package, proved by consumers outside the tree; and as a subproject
 bench    every benchmark, run briefly
+crash    a program under load is killed 200 times, and nothing is lost
 tidy     clang-tidy
 m32      library and tests as 32-bit programs
 asan     tests under AddressSanitizer, LeakSanitizer and UndefinedBehaviorSanitizer
@@ -86,6 +87,12 @@ gate_bench() {
     configure default
     build default zan_benchmarks
     build/default/bin/zan_benchmarks --benchmark_min_time=0.001
+}
+
+gate_crash() {
+    configure default
+    build default crash_run
+    build/default/tests/crash_run 200
 }
 
 # Generated sources must be there before they can be read, so Clang's tree is built first.

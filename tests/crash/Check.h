@@ -1,0 +1,56 @@
+/// Compares what the programs of a round wrote down with the message log.
+#ifndef ZANENGINE_TESTS_CRASH_CHECK_H
+#define ZANENGINE_TESTS_CRASH_CHECK_H
+
+#include "crash/Evidence.h"
+#include "crash/Report.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace crash {
+
+struct Evidence {
+    std::vector<LogRow> log;
+    Journal journal;
+    std::vector<Acknowledged> acknowledged;
+    std::vector<Consumed> consumed;
+};
+
+class Check {
+public:
+    /// Writes what is wrong into the report. The evidence outlives the check.
+    Check(Evidence const& evidence, Report& report);
+
+    /// What has to hold at any moment: nobody has seen what is not in the log.
+    void afterKill();
+
+    /// What has to hold when both sides had time to talk to the end; counts too.
+    void atTheEnd();
+
+private:
+    using Rows = std::map<std::string, LogRow const*>;
+
+    void indexLog();
+    void checkNumbers();
+    void checkBatches();
+    void checkOrder(std::string const& order, long id);
+    void checkWire();
+    void checkListeners();
+    void checkOrderOfDelivery(Consumed const& run);
+    void countOrders();
+    void countReports();
+    void countEvents();
+    void checkSession();
+
+    Evidence const& evidence_;
+    Report& report_;
+    Rows orders_;
+    Rows reports_;
+    std::map<long, LogRow const*> byId_;
+};
+
+} // namespace crash
+
+#endif
