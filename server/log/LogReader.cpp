@@ -14,10 +14,16 @@ std::string selectRows(std::string_view rest) {
     return "SELECT " + std::string(rowColumns) + " FROM messages WHERE " + std::string(rest);
 }
 
+constexpr std::string_view seenInStream = "(?3<0 OR stream=?3) AND hidden=0 AND length(text)>0";
+
+std::string orderById(bool newestFirst) {
+    return newestFirst ? " ORDER BY id DESC" : " ORDER BY id";
+}
+
 } // namespace
 
 long LogReader::lastId() {
-    Statement& newest = connection_.statement("SELECT max(id) FROM messages");
+    Statement& newest = connection_.statement("SELECT id FROM messages ORDER BY id DESC LIMIT 1");
     StatementUse const use(newest);
     return newest.step() ? static_cast<long>(newest.number(0)) : 0;
 }
@@ -45,11 +51,8 @@ IdRange LogReader::idsOf(std::pair<std::int64_t, std::int64_t> millis) {
 }
 
 void LogReader::messages(int stream, IdRange ids, bool newestFirst, RowSink const& sink) {
-    std::string const order = newestFirst ? "ORDER BY id DESC" : "ORDER BY id";
-    Statement& rows = connection_.statement(
-        selectRows(
-            "id BETWEEN ?1 AND ?2 AND (?3<0 OR stream=?3) AND hidden=0 AND length(text)>0 ") +
-        order);
+    Statement& rows = connection_.statement(selectRows(
+        "id BETWEEN ?1 AND ?2 AND " + std::string(seenInStream) + orderById(newestFirst)));
     StatementUse const use(rows);
     rows.bind(1, ids.first).bind(2, ids.second).bind(3, stream);
     while (rows.step()) {
@@ -57,16 +60,30 @@ void LogReader::messages(int stream, IdRange ids, bool newestFirst, RowSink cons
     }
 }
 
+void LogReader::ids(int stream, bool newestFirst, std::function<void(long)> const& sink) {
+    Statement& rows = connection_.statement("SELECT id FROM messages WHERE " +
+                                            std::string(seenInStream) + orderById(newestFirst));
+    StatementUse const use(rows);
+    rows.bind(3, stream);
+    while (rows.step()) {
+        sink(static_cast<long>(rows.number(0)));
+    }
+}
+
 // The next number out never falls within a numbering, so the place of a number is found by halving.
-void LogReader::sent(long from, int first, int last, RowSink const& sink) {
-    IdRange const all(from, lastId());
+IdRange LogReader::sentWithin(long from, int first, int last) {
     last = std::min(last, std::numeric_limits<int>::max() - 1);
-    IdRange const range(firstWithNextOutAbove(first, all), firstWithNextOutAbove(last + 1, all));
+    IdRange const all(from, lastId());
+    return {firstWithNextOutAbove(first, all), firstWithNextOutAbove(last + 1, all)};
+}
+
+void LogReader::sent(long from, int first, int last, RowSink const& sink) {
+    IdRange const ids = sentWithin(from, first, last);
     Statement& rows =
         connection_.statement(selectRows("id BETWEEN ?1 AND ?2 AND origin=0 AND stream IN (1,3,4) "
                                          "AND seq BETWEEN ?3 AND ?4 ORDER BY id"));
     StatementUse const use(rows);
-    rows.bind(1, range.first).bind(2, range.second).bind(3, first).bind(4, last);
+    rows.bind(1, ids.first).bind(2, ids.second).bind(3, first).bind(4, last);
     for (int seq = 0; seq < last && rows.step();) {
         LogRow row = readRow(connection_.database(), rows);
         seq = row.entry.seq;

@@ -4,6 +4,7 @@
 #ifndef ZANENGINE_SERVER_LOG_LOGREADER_H
 #define ZANENGINE_SERVER_LOG_LOGREADER_H
 
+#include "server/log/LogRow.h"
 #include "server/log/ReadPool.h"
 
 #include <functional>
@@ -38,6 +39,12 @@ public:
 
     /// The messages of the range that anybody may see.
     void messages(int stream, IdRange ids, bool newestFirst, RowSink const& sink);
+
+    /// The ids of all messages that anybody may see.
+    void ids(int stream, bool newestFirst, std::function<void(long)> const& sink);
+
+    /// Where everything lies that was sent under these numbers, among the rows from `from` on.
+    IdRange sentWithin(long from, int first, int last);
 
     /// What was sent under these numbers, among the rows from `from` on.
     void sent(long from, int first, int last, RowSink const& sink);

@@ -1,11 +1,9 @@
 #include "server/log/MessageLog.h"
 
-#include "server/log/LogReader.h"
+#include "server/log/LogQueries.h"
 #include "server/log/LogWriter.h"
-#include "server/log/ReadPool.h"
 #include "server/log/WriteConnection.h"
 
-#include <algorithm>
 #include <limits>
 #include <mutex>
 #include <utility>
@@ -15,12 +13,13 @@ namespace zan::server {
 class MessageLog::Impl {
 public:
     explicit Impl(LogSettings const& settings)
-        : writing(settings), writer(writing), readers(settings.file) {}
+        : writing(settings), writer(writing), readers(settings), queries(readers) {}
 
     std::mutex turn;
     WriteConnection writing;
     LogWriter writer;
     ReadPool readers;
+    LogQueries const queries;
 };
 
 MessageLog::MessageLog(LogSettings const& settings) : impl_(std::make_unique<Impl>(settings)) {}
@@ -84,21 +83,7 @@ void MessageLog::rollBack() {
 }
 
 void MessageLog::read(LogQuery const& query, Sink const& sink) const {
-    if (!query.where.empty() || !query.orderBy.empty() || query.idSet) {
-        throw std::logic_error("not yet");
-    }
-    ReadPool::Reader const pooled(impl_->readers);
-    LogReader reader(*pooled);
-    IdRange ids(1, reader.lastId());
-    if (query.ids) {
-        ids = {std::max(ids.first, query.ids->first), std::min(ids.second, query.ids->second)};
-    }
-    if (query.millis) {
-        IdRange const then = reader.idsOf(*query.millis);
-        ids = {std::max(ids.first, then.first), std::min(ids.second, then.second)};
-    }
-    reader.messages(query.stream, ids, query.newestFirst,
-                    [&](LogRow&& row) { sink(std::move(row.entry)); });
+    impl_->queries.read(query, sink);
 }
 
 void MessageLog::readChain(std::vector<int> const&, std::vector<std::string> const&, bool,
@@ -107,26 +92,11 @@ void MessageLog::readChain(std::vector<int> const&, std::vector<std::string> con
 }
 
 void MessageLog::readSent(int first, int last, std::string const& where, Sink const& sink) const {
-    if (!where.empty()) {
-        throw std::logic_error("not yet");
-    }
-    ReadPool::Reader const pooled(impl_->readers);
-    LogReader reader(*pooled);
-    reader.sent(reader.numberingFirst(), first, last > 0 ? last : std::numeric_limits<int>::max(),
-                [&](LogRow&& row) {
-                    if (row.entry.stream != FixStream::adminOut && !row.isHidden) {
-                        sink(std::move(row.entry));
-                    }
-                });
+    impl_->queries.readSent(first, last, where, sink);
 }
 
 std::vector<int> MessageLog::ids(int stream, bool newestFirst) const {
-    std::vector<int> found;
-    ReadPool::Reader const pooled(impl_->readers);
-    LogReader reader(*pooled);
-    reader.messages(stream, {1, reader.lastId()}, newestFirst,
-                    [&](LogRow&& row) { found.push_back(static_cast<int>(row.entry.id)); });
-    return found;
+    return impl_->queries.ids(stream, newestFirst);
 }
 
 void MessageLog::readTable(int, std::string const&, std::string const&, std::string const&,
@@ -161,15 +131,5 @@ void MessageLog::resetMarks(std::string const&) {}
 void MessageLog::flushMarks() {}
 
 void MessageLog::maintain() {}
-
-class EntryFilter::Impl {};
-
-EntryFilter::EntryFilter(std::string const&) : impl_(std::make_unique<Impl>()) {}
-
-EntryFilter::~EntryFilter() = default;
-
-bool EntryFilter::matches(FixEntry const&) {
-    return true;
-}
 
 } // namespace zan::server

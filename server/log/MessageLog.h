@@ -11,6 +11,7 @@
 
 #include "server/sessions/FixSessionStore.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -38,6 +39,8 @@ struct LogSettings {
     std::string file;
     /// What was committed survives a power failure too, not just the end of the process.
     bool survivesPowerFailure = false;
+    /// How long the database may work on one expression of a caller's.
+    std::chrono::milliseconds longestSearch{10'000};
 };
 
 /// Which messages to read. Every condition that is set has to hold.

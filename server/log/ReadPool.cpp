@@ -8,7 +8,9 @@ constexpr std::size_t mostKept = 4;
 
 } // namespace
 
-ReadConnection::ReadConnection(std::string const& file) : database_(file, Database::Access::Read) {}
+ReadConnection::ReadConnection(std::string const& file,
+                               ExpressionGuard::Clock::duration longestSearch)
+    : database_(file, Database::Access::Read), guard_(database_, longestSearch) {}
 
 Statement& ReadConnection::statement(std::string const& sql) {
     auto found = statements_.find(sql);
@@ -53,7 +55,7 @@ std::unique_ptr<ReadConnection> ReadPool::take() {
             return connection;
         }
     }
-    return std::make_unique<ReadConnection>(file_);
+    return std::make_unique<ReadConnection>(file_, longestSearch_);
 }
 
 void ReadPool::giveBack(std::unique_ptr<ReadConnection> connection) {

@@ -4,7 +4,7 @@
 #ifndef ZANENGINE_SERVER_LOG_READPOOL_H
 #define ZANENGINE_SERVER_LOG_READPOOL_H
 
-#include "server/log/LogRow.h"
+#include "server/log/ExpressionGuard.h"
 #include "server/log/Sqlite.h"
 
 #include <functional>
@@ -19,9 +19,10 @@ namespace zan::server {
 
 class ReadConnection {
 public:
-    explicit ReadConnection(std::string const& file);
+    ReadConnection(std::string const& file, ExpressionGuard::Clock::duration longestSearch);
 
     Database& database() { return database_; }
+    ExpressionGuard& guard() { return guard_; }
 
     /// The same statement for the same text, prepared once.
     Statement& statement(std::string const& sql);
@@ -32,13 +33,15 @@ public:
 
 private:
     Database database_;
+    ExpressionGuard guard_;
     std::map<std::string, Statement> statements_;
 };
 
 class ReadPool {
 public:
     /// The file has to be open for writing as long as the pool is in use.
-    explicit ReadPool(std::string file) : file_(std::move(file)) {}
+    explicit ReadPool(LogSettings const& settings)
+        : file_(settings.file), longestSearch_(settings.longestSearch) {}
 
     /// A reader has a connection of its own, and one moment of the log, from here to its end.
     class Reader {
@@ -61,6 +64,7 @@ private:
     void giveBack(std::unique_ptr<ReadConnection> connection);
 
     std::string const file_;
+    std::chrono::milliseconds const longestSearch_;
     std::mutex mutex_;
     std::vector<std::unique_ptr<ReadConnection>> free_;
 };

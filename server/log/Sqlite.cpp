@@ -208,4 +208,11 @@ std::string_view Statement::bytes(int column) const {
                 : std::string_view();
 }
 
+std::string_view Statement::text(int column) const {
+    auto const* const data = sqlite3_column_text(handle(), column);
+    return data ? std::string_view(reinterpret_cast<char const*>(data),
+                                   static_cast<std::size_t>(sqlite3_column_bytes(handle(), column)))
+                : std::string_view();
+}
+
 } // namespace zan::server

@@ -94,6 +94,9 @@ public:
     /// Valid until the next step or reset.
     std::string_view bytes(int column) const;
 
+    /// As bytes, numbers as they are written. Valid until the next step or reset.
+    std::string_view text(int column) const;
+
     sqlite3_stmt* handle() const { return handle_.get(); }
 
 private:
