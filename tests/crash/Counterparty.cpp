@@ -16,6 +16,7 @@
 #include <csignal>
 #include <fstream>
 #include <iostream>
+#include <limits>
 #include <map>
 #include <mutex>
 #include <stdexcept>
@@ -36,6 +37,7 @@ char const* const usage = R"(crash_counterparty --store FOLDER --journal FILE [o
   --port N              port to listen on (0, the default: a free one)
   --report-every MICROS pause between reports that come on their own (0, the default: none come)
   --burst N             how many such reports come at once (1)
+  --most N              how many such reports come at all (no end)
   --no-answers          orders get no reports
 )";
 
@@ -118,11 +120,17 @@ private:
     bool const answers_;
 };
 
+struct Pace {
+    int micros;
+    int burst;
+    int most;
+};
+
 // Sends reports that nobody asked for, while it is on.
 class Ticker {
 public:
-    Ticker(Counterparty& counterparty, FIX::SessionID const& id, int micros, int burst)
-        : counterparty_(counterparty), id_(id), pause_(micros), burst_(burst), on_(micros > 0),
+    Ticker(Counterparty& counterparty, FIX::SessionID const& id, Pace const& pace)
+        : counterparty_(counterparty), id_(id), pace_(pace), on_(pace.micros > 0),
           thread_([this] { run(); }) {}
     ~Ticker() {
         ending_ = true;
@@ -140,17 +148,16 @@ private:
         while (!ending_) {
             {
                 std::lock_guard<std::mutex> lock(mutex_);
-                for (int i = 0; on_ && i < burst_; ++i, ++count_)
+                for (int i = 0; on_ && i < pace_.burst && count_ < pace_.most; ++i, ++count_)
                     counterparty_.report("U-" + std::to_string(count_), "none", id_);
             }
-            std::this_thread::sleep_for(std::max(pause_, std::chrono::microseconds(100)));
+            std::this_thread::sleep_for(std::chrono::microseconds(std::max(pace_.micros, 100)));
         }
     }
 
     Counterparty& counterparty_;
     FIX::SessionID const id_;
-    std::chrono::microseconds const pause_;
-    int const burst_;
+    Pace const pace_;
     int count_ = 0;
     std::mutex mutex_;
     bool on_;
@@ -172,9 +179,9 @@ int freePort() {
 
 using Options = std::map<std::string, std::string>;
 
-std::string valueOr(Options const& options, std::string const& name, std::string const& otherwise) {
+int numberOr(Options const& options, std::string const& name, int otherwise) {
     auto const found = options.find(name);
-    return found == options.end() ? otherwise : found->second;
+    return found == options.end() ? otherwise : std::stoi(found->second);
 }
 
 Options parse(int argc, char** argv) {
@@ -213,15 +220,16 @@ void serve(Options const& options, sigset_t const& signals) {
     FIX::SessionID const id("FIX.4.4", "THEM", "US");
     Journal journal(options.at("--journal"));
     Counterparty counterparty(journal, options.count("--no-answers") == 0);
-    int const asked = std::stoi(valueOr(options, "--port", "0"));
+    int const asked = numberOr(options, "--port", 0);
     int const port = asked != 0 ? asked : freePort();
     FIX::FileStoreFactory stores(options.at("--store"));
     FIX::ThreadedSocketAcceptor acceptor(counterparty, stores, settingsFor(options, id, port),
                                          journal);
     acceptor.start();
     say("listening on 127.0.0.1:" + std::to_string(port));
-    Ticker ticker(counterparty, id, std::stoi(valueOr(options, "--report-every", "0")),
-                  std::stoi(valueOr(options, "--burst", "1")));
+    Ticker ticker(counterparty, id,
+                  {numberOr(options, "--report-every", 0), numberOr(options, "--burst", 1),
+                   numberOr(options, "--most", std::numeric_limits<int>::max())});
     int signal = 0;
     while (sigwait(&signals, &signal) == 0 && signal != SIGTERM) {
         ticker.turn(signal == SIGUSR2);
