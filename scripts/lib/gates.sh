@@ -19,6 +19,9 @@ tidy     clang-tidy
 m32      library and tests as 32-bit programs
 asan     tests under AddressSanitizer, LeakSanitizer and UndefinedBehaviorSanitizer
 tsan     tests under ThreadSanitizer
+
+Not among `all`, because it installs packages of npm's:
+interop  both roles against jspurefix, an independent FIX implementation
 TEXT
 }
 
@@ -124,4 +127,16 @@ test_in() {
     configure "$1"
     build "$1"
     ctest --preset "$1"
+}
+
+# The peer and what it needs go into the build tree; no script of a package is run.
+gate_interop() {
+    command -v npm >/dev/null || need_packages nodejs npm
+    configure default
+    build default interop_tests
+    local folder=$ROOT/build/interop
+    mkdir -p "$folder"
+    cp tests/interop/package.json tests/interop/package-lock.json "$folder"
+    npm ci --prefix "$folder" --ignore-scripts --no-audit --no-fund
+    NODE_PATH=$folder/node_modules build/default/tests/interop_tests
 }
