@@ -137,7 +137,8 @@ struct ExpressionGuard::State {
     bool allowsReading(std::string_view table, std::string_view column) {
         culprits = {std::string(column), std::string(table)};
         if (table == "messages" || table == "audit") {
-            return column == "hidden" || column == "entry" ||
+            // Without a column the question is whether the table may be used at all.
+            return column.empty() || column == "hidden" || column == "entry" ||
                    std::ranges::find(readable, column) != readable.end();
         }
         return false;

@@ -1,6 +1,9 @@
 #include "server/log/LogQueries.h"
 
+#include "server/log/TableColumns.h"
+
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 namespace zan::server {
@@ -116,6 +119,26 @@ std::vector<int> LogQueries::ids(int stream, bool newestFirst) const {
     LogReader(*pooled).ids(stream, newestFirst,
                            [&](long id) { found.push_back(static_cast<int>(id)); });
     return found;
+}
+
+void LogQueries::readTable(int stream, std::string const& columns, std::string const& where,
+                           std::string const& orderBy, LogTable& table) const {
+    TableColumns const wanted(columns);
+    ReadPool::Reader const pooled(pool_);
+    SearchTerms terms;
+    terms.source = wanted.areOfAudit() ? RowSource::Audit : RowSource::Rows;
+    terms.stream = stream;
+    terms.where = where;
+    terms.orderBy = orderBy;
+    RowSearch search(pooled->guard(), terms);
+    LogReader reader(*pooled);
+    LogTable rows{wanted.names()};
+    while (search.next()) {
+        rows.push_back(wanted.pick(wanted.areOfAudit()
+                                       ? auditRow(*pooled, search.key())
+                                       : tableRowOf(reader.row(search.key())->entry)));
+    }
+    std::ranges::move(rows, std::back_inserter(table));
 }
 
 } // namespace zan::server

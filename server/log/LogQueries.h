@@ -23,6 +23,8 @@ public:
     void read(LogQuery const& query, Sink const& sink) const;
     void readSent(int first, int last, std::string const& where, Sink const& sink) const;
     std::vector<int> ids(int stream, bool newestFirst) const;
+    void readTable(int stream, std::string const& columns, std::string const& where,
+                   std::string const& orderBy, LogTable& table) const;
 
 private:
     static void readPlain(LogReader& reader, LogQuery const& query, IdRange ids, Sink const& sink);

@@ -1,9 +1,15 @@
 #include "server/log/MessageLog.h"
 
+#include "server/log/LogEdits.h"
+#include "server/log/LogMaintenance.h"
+#include "server/log/LogMarks.h"
 #include "server/log/LogQueries.h"
 #include "server/log/LogWriter.h"
+#include "server/log/OrderIndex.h"
+#include "server/log/SpaceReserve.h"
 #include "server/log/WriteConnection.h"
 
+#include <algorithm>
 #include <limits>
 #include <mutex>
 #include <utility>
@@ -13,13 +19,31 @@ namespace zan::server {
 class MessageLog::Impl {
 public:
     explicit Impl(LogSettings const& settings)
-        : writing(settings), writer(writing), readers(settings), queries(readers) {}
+        : reserve(settings.file + ".reserve"), writing(settings), writer(writing),
+          readers(settings), queries(readers), marks(writing),
+          orders(settings.file + ".orders", writing.meta("identity"), writer.lastId()),
+          edits(writing, readers, reserve),
+          maintenance({writing, writer, readers, marks, orders, reserve}) {}
+
+    // Listeners get what lies above their marks again, so a late mark does no harm.
+    ~Impl() {
+        try {
+            marks.flush();
+        } catch (LogFailure const&) {
+            return;
+        }
+    }
 
     std::mutex turn;
+    SpaceReserve reserve;
     WriteConnection writing;
     LogWriter writer;
     ReadPool readers;
     LogQueries const queries;
+    LogMarks marks;
+    OrderIndex orders;
+    LogEdits edits;
+    LogMaintenance maintenance;
 };
 
 MessageLog::MessageLog(LogSettings const& settings) : impl_(std::make_unique<Impl>(settings)) {}
@@ -86,9 +110,18 @@ void MessageLog::read(LogQuery const& query, Sink const& sink) const {
     impl_->queries.read(query, sink);
 }
 
-void MessageLog::readChain(std::vector<int> const&, std::vector<std::string> const&, bool,
-                           Sink const&) const {
-    throw std::logic_error("not yet");
+void MessageLog::readChain(std::vector<int> const& ids,
+                           std::vector<std::string> const& clientOrderIds, bool newestFirst,
+                           Sink const& sink) const {
+    ReadPool::Reader const pooled(impl_->readers);
+    std::vector<long> chain = impl_->orders.chain(*pooled, ids, clientOrderIds);
+    if (newestFirst) {
+        std::ranges::reverse(chain);
+    }
+    LogReader reader(*pooled);
+    for (long const id : chain) {
+        sink(std::move(reader.row(id)->entry));
+    }
 }
 
 void MessageLog::readSent(int first, int last, std::string const& where, Sink const& sink) const {
@@ -99,37 +132,47 @@ std::vector<int> MessageLog::ids(int stream, bool newestFirst) const {
     return impl_->queries.ids(stream, newestFirst);
 }
 
-void MessageLog::readTable(int, std::string const&, std::string const&, std::string const&,
-                           LogTable&) const {
-    throw std::logic_error("not yet");
+void MessageLog::readTable(int stream, std::string const& columns, std::string const& where,
+                           std::string const& orderBy, LogTable& table) const {
+    impl_->queries.readTable(stream, columns, where, orderBy, table);
 }
 
 long MessageLog::lastId() const {
     return impl_->writer.lastId();
 }
 
-long MessageLog::update(int, std::string const&, std::string const&, std::string const&) {
-    throw std::logic_error("not yet");
+long MessageLog::update(int stream, std::string const& assignments, std::string const& where,
+                        std::string const& user) {
+    return impl_->edits.update(stream, assignments, where, user);
 }
 
-long MessageLog::remove(int, std::string const&, std::string const&) {
-    throw std::logic_error("not yet");
+long MessageLog::remove(int stream, std::string const& where, std::string const& user) {
+    return impl_->edits.remove(stream, where, user);
 }
 
-long MessageLog::insert(std::vector<FixEntry>, std::string const&) {
-    throw std::logic_error("not yet");
+long MessageLog::insert(std::vector<FixEntry> entries, std::string const& user) {
+    std::lock_guard const turn(*this);
+    return LogEdits::insert(impl_->writer, std::move(entries), user);
 }
 
-int MessageLog::mark(std::string const&, FixStream) const {
-    return -1;
+int MessageLog::mark(std::string const& subscriber, FixStream stream) const {
+    return impl_->marks.mark(subscriber, stream);
 }
 
-void MessageLog::setMark(std::string const&, FixStream, int) {}
+void MessageLog::setMark(std::string const& subscriber, FixStream stream, int id) {
+    impl_->marks.set(subscriber, stream, id);
+}
 
-void MessageLog::resetMarks(std::string const&) {}
+void MessageLog::resetMarks(std::string const& subscriber) {
+    impl_->marks.reset(subscriber);
+}
 
-void MessageLog::flushMarks() {}
+void MessageLog::flushMarks() {
+    impl_->marks.flush();
+}
 
-void MessageLog::maintain() {}
+void MessageLog::maintain() {
+    impl_->maintenance.run();
+}
 
 } // namespace zan::server

@@ -105,6 +105,12 @@ bool Database::isInTransaction() const {
     return sqlite3_get_autocommit(handle()) == 0;
 }
 
+void Database::rollBack() {
+    if (isInTransaction()) {
+        sqlite3_exec(handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+}
+
 void Database::execute(std::string const& sql) {
     if (sqlite3_exec(handle(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
         fail();

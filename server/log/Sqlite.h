@@ -41,6 +41,9 @@ public:
     bool isReadOnly() const;
     bool isInTransaction() const;
 
+    /// After a failure; SQLite has rolled back by itself after some.
+    void rollBack();
+
     void execute(std::string const& sql);
 
     /// The one number that a statement gives.

@@ -32,6 +32,7 @@ WriteConnection::WriteConnection(LogSettings const& settings)
 void WriteConnection::insertAlone(LogRow const& row, std::string const& time) {
     std::lock_guard const lock(mutex_);
     rows_.insert(row, time);
+    ++changes_;
 }
 
 void WriteConnection::setMeta(std::string_view name, std::int64_t value) {
@@ -42,13 +43,6 @@ void WriteConnection::setMeta(std::string_view name, std::int64_t value) {
 std::int64_t WriteConnection::meta(std::string_view name) {
     Statement statement(database_, "SELECT value FROM meta WHERE name=?1");
     return statement.bindText(1, name).step() ? statement.number(0) : 0;
-}
-
-// SQLite has rolled back by itself after some failures.
-void WriteConnection::rollBack() {
-    if (database_.isInTransaction()) {
-        Statement(database_, "ROLLBACK").run();
-    }
 }
 
 } // namespace zan::server

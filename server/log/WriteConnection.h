@@ -7,6 +7,8 @@
 #include "server/log/LogRow.h"
 #include "server/log/Sqlite.h"
 
+#include <atomic>
+#include <cstdint>
 #include <mutex>
 
 namespace zan::server {
@@ -25,8 +27,9 @@ public:
         try {
             work(*this);
             commit_.run();
+            ++changes_;
         } catch (...) {
-            rollBack();
+            database_.rollBack();
             throw;
         }
     }
@@ -34,23 +37,24 @@ public:
     /// A transaction of one row only, which costs least.
     void insertAlone(LogRow const& row, std::string const& time);
 
-    // Inside of a transaction.
+    // Inside of a transaction, and while the log is being opened.
 
     Database& database() { return database_; }
     RowWriter& rows() { return rows_; }
     void setMeta(std::string_view name, std::int64_t value);
 
-    /// While the log is being opened only.
     std::int64_t meta(std::string_view name);
 
-private:
-    void rollBack();
+    /// How many transactions there were. Any thread.
+    std::uint64_t changes() const { return changes_.load(std::memory_order_relaxed); }
 
+private:
     std::mutex mutex_;
     Database database_;
     Statement begin_;
     Statement commit_;
     RowWriter rows_;
+    std::atomic<std::uint64_t> changes_ = 0;
 };
 
 } // namespace zan::server

@@ -1,5 +1,5 @@
 // Callers' expressions: what they reach, what they are refused, and where their faults are told.
-#include "tests/server/log/LogFixture.h"
+#include "server/log/LogFixture.h"
 
 #include <thread>
 

@@ -1,5 +1,5 @@
 // The session's side: entries and numbers that are committed together.
-#include "tests/server/log/LogFixture.h"
+#include "server/log/LogFixture.h"
 
 #include "infra/Time.h"
 

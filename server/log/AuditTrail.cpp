@@ -1,0 +1,71 @@
+#include "server/log/AuditTrail.h"
+
+#include "server/log/LogClock.h"
+#include "server/wire/FieldText.h"
+
+#include <utility>
+
+namespace zan::server {
+
+namespace {
+
+constexpr int senderTag = 49;
+constexpr int targetTag = 56;
+
+} // namespace
+
+TableRow tableRowOf(FixEntry const& entry) {
+    return {"",
+            "",
+            "",
+            std::to_string(entry.id),
+            timeText(entry.millis),
+            std::to_string(static_cast<int>(entry.stream)),
+            std::string(typeOf(entry.text)),
+            std::to_string(entry.seq),
+            std::string(valueOf(entry.text, senderTag)),
+            std::string(valueOf(entry.text, targetTag)),
+            entry.text,
+            entry.note};
+}
+
+TableRow auditRow(ReadConnection& connection, long entry) {
+    Statement& audit = connection.statement(
+        "SELECT edited,user,action,id,time,stream,seq,text,note FROM audit WHERE entry=?1");
+    StatementUse const use(audit);
+    audit.bind(1, entry).step();
+    FixEntry then;
+    then.id = static_cast<long>(audit.number(3));
+    then.stream = static_cast<FixStream>(audit.number(5));
+    then.seq = static_cast<int>(audit.number(6));
+    then.text = audit.bytes(7);
+    then.note = audit.bytes(8);
+    TableRow row = tableRowOf(then);
+    row[0] = audit.bytes(0);
+    row[1] = audit.bytes(1);
+    row[2] = audit.bytes(2);
+    row[4] = audit.bytes(4);
+    return row;
+}
+
+AuditTrail::AuditTrail(Database const& database, std::string user, char const* action)
+    : insert_(database, "INSERT INTO audit(edited,user,action,id,time,stream,type,seq,text,note) "
+                        "VALUES(?1,?2,?3,?4,?5,?6,?7,?8,?9,?10)"),
+      edited_(timeText(nowMillis())), user_(std::move(user)), action_(action) {}
+
+void AuditTrail::add(FixEntry const& entry) {
+    std::string const time = timeText(entry.millis);
+    insert_.bindText(1, edited_)
+        .bindText(2, user_)
+        .bindText(3, action_)
+        .bind(4, entry.id)
+        .bindText(5, time)
+        .bind(6, static_cast<std::int64_t>(entry.stream))
+        .bindText(7, typeOf(entry.text))
+        .bind(8, entry.seq)
+        .bindBytes(9, entry.text)
+        .bindText(10, entry.note)
+        .run();
+}
+
+} // namespace zan::server

@@ -1,0 +1,44 @@
+/// What rows were before edits changed or removed them, and what edits put in.
+///
+/// Threads: one at a time, inside of a transaction.
+#ifndef ZANENGINE_SERVER_LOG_AUDITTRAIL_H
+#define ZANENGINE_SERVER_LOG_AUDITTRAIL_H
+
+#include "server/log/LogRow.h"
+#include "server/log/ReadPool.h"
+
+#include <array>
+#include <string>
+
+namespace zan::server {
+
+/// The columns of the log as a table; the first three are those of the audit alone.
+inline constexpr std::array tableColumns = {"edited", "user", "action", "id",     "time", "stream",
+                                            "type",   "seq",  "sender", "target", "text", "note"};
+inline constexpr std::size_t auditOnly = 3;
+
+using TableRow = std::array<std::string, tableColumns.size()>;
+
+/// As text in every column but the audit's own.
+TableRow tableRowOf(FixEntry const& entry);
+
+/// Of the audit, by the number of its entry.
+TableRow auditRow(ReadConnection& connection, long entry);
+
+/// Writes what one edit did.
+class AuditTrail {
+public:
+    AuditTrail(Database const& database, std::string user, char const* action);
+
+    void add(FixEntry const& entry);
+
+private:
+    Statement insert_;
+    std::string const edited_;
+    std::string const user_;
+    std::string const action_;
+};
+
+} // namespace zan::server
+
+#endif
