@@ -1,10 +1,12 @@
 #include "server/counterparty/Counterparty.h"
 
 #include "server/counterparty/OrderDesk.h"
+#include "server/log/MessageLog.h"
 #include "server/sessions/FixAcceptor.h"
 
 #include <chrono>
 #include <condition_variable>
+#include <filesystem>
 #include <mutex>
 
 namespace zan::server {
@@ -23,11 +25,11 @@ public:
     void linkDown() override;
     void loggedOn(int heartbeatSeconds) override;
     void loggedOff() override { print('!', "logged off"); }
-    void received(std::string const& message, bool admin) override;
-    void sent(std::string const& message, bool admin) override;
+    void logged(std::vector<FixEntry>& entries) override;
     void trouble(FixTrouble kind, std::string const& text) override;
 
 private:
+    void answer(std::vector<FixOutgoing> const& messages);
     void print(char direction, std::string const& text);
 
     Printer const printer_;
@@ -35,6 +37,7 @@ private:
     std::mutex mutex_;
     std::condition_variable linkChanged_;
     bool linked_ = false;
+    std::unique_ptr<MessageLog> log_;
     // Last, so that the reports end before what they use.
     std::unique_ptr<FixAcceptor> acceptor_;
     FixSession* session_;
@@ -42,22 +45,30 @@ private:
 
 namespace {
 
-FixSessionSettings sessionSettings(CounterpartySettings const& settings) {
+std::unique_ptr<MessageLog> openLog(CounterpartySettings const& settings) {
+    if (settings.store.empty())
+        return nullptr;
+    std::filesystem::create_directories(settings.store);
+    LogSettings log;
+    log.file = settings.store + "/" + settings.sender + "-" + settings.target + ".log";
+    return std::make_unique<MessageLog>(log);
+}
+
+FixSessionSettings sessionSettings(CounterpartySettings const& settings, FixSessionStore* store) {
     FixSessionSettings session;
     session.keys = {{"BeginString", settings.beginString},
                     {"SenderCompID", settings.sender},
                     {"TargetCompID", settings.target}};
-    if (!settings.store.empty())
-        session.keys.emplace_back("FileStorePath", settings.store);
+    session.store = store;
     return session;
 }
 
 } // namespace
 
 Counterparty::Trader::Trader(CounterpartySettings const& settings, Printer printer)
-    : printer_(std::move(printer)), desk_(settings.beginString),
+    : printer_(std::move(printer)), desk_(settings.beginString), log_(openLog(settings)),
       acceptor_(FixAcceptor::listen(settings.address, settings.port)),
-      session_(&acceptor_->add(sessionSettings(settings), *this)) {
+      session_(&acceptor_->add(sessionSettings(settings, log_.get()), *this)) {
     acceptor_->start();
 }
 
@@ -84,18 +95,26 @@ void Counterparty::Trader::loggedOn(int heartbeatSeconds) {
     print('!', "logged on, heartbeats every " + std::to_string(heartbeatSeconds) + " s");
 }
 
-void Counterparty::Trader::received(std::string const& message, bool admin) {
-    print('<', message);
-    if (admin)
-        return;
-    for (DeskReply const& reply : desk_.handle(message))
-        if (session_->send(reply.type, reply.body, std::chrono::milliseconds(0)) !=
-            FixSendResult::sent)
-            print('!', "an answer was not sent: the client is gone or does not read");
+// What is refused was told as trouble.
+void Counterparty::Trader::logged(std::vector<FixEntry>& entries) {
+    std::vector<FixOutgoing> answers;
+    for (FixEntry const& entry : entries) {
+        bool const isIn = entry.stream == FixStream::adminIn || entry.stream == FixStream::appIn;
+        if (entry.origin == FixOrigin::remark)
+            continue;
+        print(isIn ? '<' : '>', entry.text);
+        if (entry.stream == FixStream::appIn)
+            for (DeskReply& reply : desk_.handle(entry.text))
+                answers.push_back({std::move(reply.type), std::move(reply.body)});
+    }
+    if (!answers.empty())
+        answer(answers);
 }
 
-void Counterparty::Trader::sent(std::string const& message, bool) {
-    print('>', message);
+void Counterparty::Trader::answer(std::vector<FixOutgoing> const& messages) {
+    std::vector<long> ids;
+    if (session_->send(messages, std::chrono::milliseconds(0), ids) != FixSendResult::sent)
+        print('!', "an answer was not sent: the client is gone or does not read");
 }
 
 void Counterparty::Trader::trouble(FixTrouble, std::string const& text) {

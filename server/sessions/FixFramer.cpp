@@ -14,6 +14,7 @@ char const soh = '\x01';
 } // namespace
 
 std::size_t const FixFramer::longestBody;
+std::size_t const FixFramer::mostShown;
 
 void FixFramer::append(char const* bytes, std::size_t count) {
     // Moving the rest to the front only when it is the smaller part keeps the work linear.
@@ -33,15 +34,19 @@ FixFramer::Result FixFramer::next(std::string& message, std::string& fault) {
     std::size_t const left = buffer_.size() - begin_;
     if (buffer_.compare(begin_, std::min<std::size_t>(left, 2),
                         "8=", std::min<std::size_t>(left, 2)))
-        return dropToBegin(fault);
+        return dropToNext(begin_, "no message begins here", message, fault);
     std::size_t const versionEnd = fieldEnd(begin_);
     std::size_t const lengthEnd =
         versionEnd == std::string::npos ? std::string::npos : fieldEnd(versionEnd + 1);
     if (lengthEnd == std::string::npos)
-        return incompleteHead(fault);
+        return left < longestHead
+                   ? Result::incomplete
+                   : dropToNext(begin_ + 2, "BeginString (8) and BodyLength (9) do not end",
+                                message, fault);
     std::size_t length = 0;
     if (!parseLength(versionEnd + 1, lengthEnd, length))
-        return drop(2, "the second field is no BodyLength (9) that can be right", fault);
+        return dropToNext(begin_ + 2, "the second field is no BodyLength (9) that can be right",
+                          message, fault);
     return takeFrame(lengthEnd + 1, length, message, fault);
 }
 
@@ -55,18 +60,17 @@ std::size_t FixFramer::fieldEnd(std::size_t start) const {
     return std::string::npos;
 }
 
-FixFramer::Result FixFramer::dropToBegin(std::string& fault) {
-    // A message begins where "8=" begins a field; the last byte may be the first half of it.
-    std::size_t next = buffer_.find("8=", begin_);
-    if (next == std::string::npos)
-        next = buffer_.back() == '8' ? buffer_.size() - 1 : buffer_.size();
-    return drop(next - begin_, "no message begins here", fault);
-}
-
-FixFramer::Result FixFramer::incompleteHead(std::string& fault) {
-    if (buffer_.size() - begin_ < longestHead)
-        return Result::incomplete;
-    return drop(2, "BeginString (8) and BodyLength (9) do not end", fault);
+// The last bytes may be the first ones of the next message. "8=" alone stands in many a field.
+FixFramer::Result FixFramer::dropToNext(std::size_t from, std::string const& why,
+                                        std::string& dropped, std::string& fault) {
+    static std::string const beginning = "8=FIX";
+    std::size_t next = buffer_.find(beginning, from);
+    if (next == std::string::npos) {
+        next = std::max(from, buffer_.size() - std::min(buffer_.size(), beginning.size() - 1));
+        while (buffer_.compare(next, std::string::npos, beginning, 0, buffer_.size() - next) != 0)
+            ++next;
+    }
+    return drop(next - begin_, why, dropped, fault);
 }
 
 bool FixFramer::parseLength(std::size_t lengthStart, std::size_t lengthEnd,
@@ -92,7 +96,9 @@ FixFramer::Result FixFramer::takeFrame(std::size_t bodyStart, std::size_t bodyLe
         return Result::incomplete;
     if (buffer_.compare(trailer, 3, "10=") != 0 || buffer_[end - 1] != soh ||
         buffer_[trailer - 1] != soh)
-        return drop(2, "no CheckSum (10) where BodyLength (9) says that the body ends", fault);
+        return dropToNext(begin_ + 2,
+                          "no CheckSum (10) where BodyLength (9) says that the body ends", message,
+                          fault);
     unsigned sum = 0;
     for (std::size_t i = begin_; i < trailer; ++i)
         sum += static_cast<unsigned char>(buffer_[i]);
@@ -102,16 +108,18 @@ FixFramer::Result FixFramer::takeFrame(std::size_t bodyStart, std::size_t bodyLe
         return drop(end - begin_,
                     "CheckSum (10) is " + buffer_.substr(trailer + 3, 3) + " where " + right +
                         " is right",
-                    fault);
+                    message, fault);
     message.assign(buffer_, begin_, end - begin_);
     begin_ = end;
     return Result::message;
 }
 
-FixFramer::Result FixFramer::drop(std::size_t count, std::string const& why, std::string& fault) {
+FixFramer::Result FixFramer::drop(std::size_t count, std::string const& why, std::string& dropped,
+                                  std::string& fault) {
     if (count == 0)
         return Result::incomplete;
     fault = std::to_string(count) + " bytes dropped: " + why;
+    dropped.assign(buffer_, begin_, std::min(count, mostShown));
     begin_ += count;
     return Result::garbage;
 }

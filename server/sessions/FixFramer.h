@@ -21,20 +21,24 @@ public:
 
     /// A message that declares more body bytes than this is garbage.
     static std::size_t const longestBody = 16 * 1024 * 1024;
+    /// Of garbage that is dropped at once, no more than this is handed on.
+    static std::size_t const mostShown = 4096;
 
     void append(char const* bytes, std::size_t count);
 
-    /// Takes the next message out; `message` is set for `message` only, `fault` for `garbage` only.
+    /// Takes the next message out; `fault` is set for `garbage` only, `message` is then what was
+    /// dropped, or the beginning of it.
     Result next(std::string& message, std::string& fault);
 
     /// Forgets what was appended, for a new link.
     void clear();
 
 private:
-    Result drop(std::size_t count, std::string const& why, std::string& fault);
+    Result drop(std::size_t count, std::string const& why, std::string& dropped,
+                std::string& fault);
+    Result dropToNext(std::size_t from, std::string const& why, std::string& dropped,
+                      std::string& fault);
     std::size_t fieldEnd(std::size_t start) const;
-    Result dropToBegin(std::string& fault);
-    Result incompleteHead(std::string& fault);
     bool parseLength(std::size_t lengthStart, std::size_t lengthEnd, std::size_t& length) const;
     Result takeFrame(std::size_t bodyStart, std::size_t bodyLength, std::string& message,
                      std::string& fault);

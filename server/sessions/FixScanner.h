@@ -18,6 +18,8 @@ public:
     bool next();
 
     int tag() const { return tag_; }
+    /// Where the field after this one begins.
+    std::size_t position() const { return position_; }
     std::string value() const { return message_.substr(valueStart_, valueEnd_ - valueStart_); }
     bool malformed() const { return malformed_; }
 

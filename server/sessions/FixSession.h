@@ -1,8 +1,12 @@
 /// A FIX session with one counterparty: its link, its logon, its numbered messages.
 ///
-/// The session's own work (sequence numbers, heartbeats, resend requests, the stored copy of what
-/// was sent) is QuickFIX's, the sockets are ours. No QuickFIX type appears here, because its
+/// The session's own work (sequence numbers, heartbeats, resend requests) is QuickFIX's; the
+/// sockets and the log of what came and went are ours. No QuickFIX type appears here, because its
 /// headers need an older language level than the rest of the system.
+///
+/// A message is committed to the session's store, together with the numbers after it, before its
+/// bytes leave, before it is reported, and before what it made the session answer leaves. Where a
+/// commit fails nothing has happened.
 ///
 /// QuickFIX keeps its sessions in a table of the process: a SessionID (BeginString, SenderCompID,
 /// TargetCompID, SessionQualifier) is live at most once in it. Making the second one is refused.
@@ -11,7 +15,7 @@
 #define ZANENGINE_SERVER_SESSIONS_FIXSESSION_H
 
 #include "server/sessions/FixMessage.h"
-#include "server/sessions/GroupDictionary.h"
+#include "server/sessions/FixSessionStore.h"
 
 #include <chrono>
 #include <memory>
@@ -28,15 +32,18 @@ enum class FixTrouble {
     unreachable, ///< no link: refused, no route, no such host
     timedOut,    ///< no answer to the Logon or the Logout, or the heartbeats stopped
     badBytes,    ///< what came in makes no sense
-    session      ///< anything else: a sequence number too low, a store that cannot be written ...
+    storage,     ///< the store failed; what was to be stored has not happened
+    session      ///< anything else: a sequence number too low, a Logon that is not acceptable ...
 };
 
 /// What a session reports. The receiver outlives the session.
 ///
-/// Called from the session's thread and, for `sent`, from whichever thread sends. Calls of one
-/// session can come from two threads at the same time; those of one direction come in their order.
-/// An implementation returns quickly (while it runs, the session stands still), does not throw, and
-/// calls neither `stop` nor the destructor of the session. It may call everything else.
+/// Called from the session's thread and from whichever thread sends, by one at a time: `linkUp` and
+/// `linkDown` without the store's turn, `logged`, `loggedOn` and `loggedOff` with it, `trouble`
+/// either way. An implementation returns quickly (while it runs, the session stands still), does
+/// not throw, and calls neither `start`, `stop` and `resetNumbers` nor the destructor of the
+/// session. It may call everything else; what it sends is committed and reported before the call
+/// returns.
 class FixSessionEvents {
 public:
     virtual ~FixSessionEvents();
@@ -48,18 +55,17 @@ public:
     /// was no orderly logout, came by `trouble` before.
     virtual void linkDown() = 0;
 
+    /// After `logged` with the Logons.
     virtual void loggedOn(int heartbeatSeconds) = 0;
+    /// After `logged` with the Logouts, where there are any.
     virtual void loggedOff() = 0;
 
-    /// A message of the counterparty, as it was on the wire: each one once, in the order of the
-    /// sequence numbers, after the session has accepted it. A Logout that refuses our Logon comes
-    /// here too, its reason is in tag 58. What the session itself drops (a repetition of what was
-    /// already taken) or refuses with a Reject does not come.
-    virtual void received(std::string const& message, bool admin) = 0;
-
-    /// A message of ours, as it goes on the wire, in that order: also what is sent again to answer
-    /// a resend request (PossDupFlag Y).
-    virtual void sent(std::string const& message, bool admin) = 0;
+    /// These entries were committed, in the log's order, and what of them was for the wire is on
+    /// its way. Called with the store's turn held, by whichever thread committed; the entries may
+    /// be moved from. A message of the counterparty comes once, after the session has accepted it;
+    /// a Logout that refuses our Logon too, its reason is in tag 58. What the session refuses comes
+    /// as a remark, what it drops as a repetition of what was taken does not come.
+    virtual void logged(std::vector<FixEntry>& entries) = 0;
 
     /// Something went wrong; `text` is for people and names what, where and why.
     virtual void trouble(FixTrouble kind, std::string const& text) = 0;
@@ -69,19 +75,28 @@ public:
 struct FixSessionSettings {
     /// QuickFIX's keys with their values. BeginString, SenderCompID and TargetCompID are required,
     /// HeartBtInt, SocketConnectHost and SocketConnectPort for an initiator; StartTime and EndTime
-    /// are all day when they are not given. With FileStorePath the numbers and the messages
-    /// survive the process, without it they live in memory. Keys that choose QuickFIX's own data
-    /// dictionaries, logs and SQL stores have no effect here.
+    /// are all day when they are not given. Keys that choose QuickFIX's own data dictionaries, logs
+    /// and stores have no effect here.
     std::vector<std::pair<std::string, std::string>> keys;
-    /// Needed to send messages with repeating groups again as they were.
-    GroupDictionary groups;
+    /// Where the numbers and the messages are kept: not owned, outlives the session. Without one
+    /// the session keeps them itself, in memory, the newest 10,000 of the messages sent.
+    FixSessionStore* store = nullptr;
 };
 
-/// What became of a message that was given to `FixSession::send`.
+/// A message to be sent. Its fields go out exactly in their order. Header fields among them are put
+/// into the header; the session's own (8, 9, 34, 35, 49, 52, 56, 10) are passed over.
+struct FixOutgoing {
+    std::string msgType;
+    FixFields body;
+    bool resent = false; ///< kept in the stream of what was sent again, under its new number
+};
+
+/// What became of the messages that were given to `FixSession::send`; where it is not `sent`,
+/// nothing was stored and no number was used.
 enum class FixSendResult {
-    sent,        ///< it has its number, is stored, and is on its way
-    notLoggedOn, ///< nothing was stored, no number was used
-    peerTooSlow, ///< the counterparty does not read: nothing was stored, no number was used
+    sent,        ///< they have their numbers, are stored, and are on their way
+    notLoggedOn, ///< there is nobody to send to
+    peerTooSlow, ///< the counterparty does not read
     refused      ///< the store failed: the reason came by `trouble`
 };
 
@@ -111,11 +126,18 @@ public:
     /// under way and none follows. `start` may be called again. Not to be called by a report.
     virtual void stop() = 0;
 
-    /// Sends a message: the fields go out exactly in this order. Header fields among them are put
-    /// into the header; the session's own (8, 9, 34, 35, 49, 52, 56, 10) are passed over.
-    /// When too much is waiting for the counterparty to read it waits up to `patience` for room.
-    virtual FixSendResult send(std::string const& msgType, FixFields const& body,
-                               std::chrono::milliseconds patience) = 0;
+    /// Sends these messages in this order and in one transaction: all of them or none. `ids` are
+    /// then the ids of their entries in the store. When too much is waiting for the counterparty to
+    /// read it waits up to `patience` for room. Not to be called with the store's turn, but by a
+    /// report of this session.
+    virtual FixSendResult send(std::vector<FixOutgoing> const& messages,
+                               std::chrono::milliseconds patience, std::vector<long>& ids) = 0;
+
+    /// Both numbers become 1, with a remark in the store that tells this note, and every Logon asks
+    /// the counterparty to begin with 1 too (ResetSeqNumFlag), until a logon succeeded. For a
+    /// session that is stopped. Throws std::runtime_error when the store fails; then nothing was
+    /// changed. Not to be called by a report.
+    virtual void resetNumbers(std::string const& note) = 0;
 
     virtual bool isLoggedOn() const = 0;
 

@@ -2,18 +2,19 @@
 
 #include "server/sessions/FixScanner.h"
 
+#include <cstdio>
 #include <cstdlib>
-#include <memory>
+#include <cstring>
+#include <numeric>
 
 namespace zan {
 namespace server {
 
 namespace {
 
-// Fields of our own inside a message object; no message on the wire can use them, because they
-// are put in after its own fields.
-int const textTag = 0x7ffffff0;
-int const faultTag = 0x7ffffff1;
+// Fields of our own inside a message object, above every tag that a scanner takes for one.
+int const textTag = 0x7ffffff8;
+int const faultTag = 0x7ffffff9;
 
 bool isSessionsOwn(int tag) {
     switch (tag) {
@@ -37,23 +38,46 @@ void addOnce(FIX::FieldMap& map, int tag, std::string const& value) {
         map.setField(FIX::FieldBase(tag, value));
 }
 
-void addGroups(FIX::DataDictionary& dictionary, std::string const& type,
-               MessageGroups const& groups) {
-    for (auto const& group : groups) {
-        FIX::DataDictionary inside;
-        for (int const member : group.second.members)
-            inside.addField(member);
-        addGroups(inside, type, group.second.nested);
-        dictionary.addGroup(type, group.first, group.second.delimiter, inside);
-    }
+void appendField(std::string& body, int tag, std::string const& value) {
+    char digits[12];
+    char* const end = digits + sizeof digits;
+    char* begin = end;
+    *--begin = '=';
+    for (int rest = tag; rest > 0; rest /= 10)
+        *--begin = static_cast<char>('0' + rest % 10);
+    *--begin = '\x01';
+    body.append(begin, end).append(value);
 }
 
-void addDataFields(FIX::DataDictionary& dictionary) {
-    int const highestLengthTag = 700;
-    for (int tag = 1; tag < highestLengthTag; ++tag)
-        if (int const data = FixScanner::dataTagOf(tag))
-            dictionary.addFieldType(data, FIX::TYPE::Data);
+// The length of "10=123|".
+std::size_t const trailerLength = 7;
+
+std::string framed(std::string const& begin, std::string const& inner) {
+    std::string text = begin + "9=" + std::to_string(inner.size()) + "\x01" + inner;
+    unsigned sum = 0;
+    for (char const each : text)
+        sum += static_cast<unsigned char>(each);
+    char trailer[8];
+    std::snprintf(trailer, sizeof trailer, "10=%03u\x01", sum % 256);
+    return text += trailer;
 }
+
+// Where the parts of a message of ours begin: what follows BodyLength, and the body. A data field
+// in the header, and what follows it, counts as body.
+struct Parts {
+    explicit Parts(std::string const& message)
+        : lengthField(message.find('\x01') + 1), inner(message.find('\x01', lengthField) + 1),
+          body(inner), end(message.size() - trailerLength) {
+        FixScanner scanner(message);
+        while (scanner.next() && FIX::Message::isHeaderField(scanner.tag()) &&
+               FixScanner::dataTagOf(scanner.tag()) == 0)
+            body = scanner.position();
+    }
+    std::size_t lengthField;
+    std::size_t inner;
+    std::size_t body;
+    std::size_t end;
+};
 
 } // namespace
 
@@ -71,24 +95,42 @@ void readMessage(std::string const& text, FIX::Message& message) {
     }
     if (scanner.malformed())
         message.setField(FIX::FieldBase(faultTag, std::to_string(scanner.tag())));
+}
+
+int malformedTag(FIX::Message const& message) {
+    return message.isSetField(faultTag)
+               ? std::atoi(message.getFieldRef(faultTag).getString().c_str())
+               : -1;
+}
+
+void keepText(std::string const& text, FIX::Message& message) {
     message.setField(FIX::FieldBase(textTag, text));
 }
 
-std::string const& textOf(FIX::Message const& message) {
-    return message.getFieldRef(textTag).getString();
+std::string const* keptText(FIX::Message const& message) {
+    return message.isSetField(textTag) ? &message.getFieldRef(textTag).getString() : nullptr;
 }
 
-void checkFields(FIX::Message const& message) {
-    if (!message.isSetField(faultTag))
-        return;
-    int const tag = std::atoi(message.getFieldRef(faultTag).getString().c_str());
-    throw FIX::IncorrectDataFormat(tag, "no field: tag=value is expected");
+int sequenceNumber(FIX::Message const& message) {
+    FIX::Header const& header = message.getHeader();
+    return header.isSetField(FIX::FIELD::MsgSeqNum)
+               ? std::atoi(header.getFieldRef(FIX::FIELD::MsgSeqNum).getString().c_str())
+               : 0;
+}
+
+bool isPossDup(FIX::Message const& message) {
+    FIX::Header const& header = message.getHeader();
+    return header.isSetField(FIX::FIELD::PossDupFlag) &&
+           header.getFieldRef(FIX::FIELD::PossDupFlag).getString() == "Y";
 }
 
 // The whole body is the value of its first field: QuickFIX would sort several fields by tag, and
 // only adds up their lengths and checksums otherwise.
 void writeBody(FixFields const& fields, FIX::Message& message) {
     std::string body;
+    body.reserve(std::accumulate(
+        fields.begin(), fields.end(), std::size_t(0),
+        [](std::size_t sum, FixField const& field) { return sum + field.value.size() + 12; }));
     int firstTag = 0;
     for (FixField const& field : fields) {
         if (isSessionsOwn(field.tag))
@@ -97,36 +139,40 @@ void writeBody(FixFields const& fields, FIX::Message& message) {
             message.getHeader().setField(FIX::FieldBase(field.tag, field.value));
         } else if (firstTag == 0) {
             firstTag = field.tag;
-            body = field.value;
-        } else {
-            body.append(1, '\x01').append(std::to_string(field.tag)).append(1, '=');
             body.append(field.value);
+        } else {
+            appendField(body, field.tag, field.value);
         }
     }
     if (firstTag != 0)
         message.setField(FIX::FieldBase(firstTag, body));
 }
 
-FIX::DataDictionaryProvider makeDictionaries(std::string const& beginString,
-                                             GroupDictionary const& groups) {
-    std::shared_ptr<FIX::DataDictionary> const dictionary(new FIX::DataDictionary);
-    for (auto const& type : groups.messages)
-        addGroups(*dictionary, type.first, type.second);
-    addDataFields(*dictionary);
-    dictionary->checkFieldsOutOfOrder(false);
-    dictionary->checkFieldsHaveValues(false);
-    dictionary->checkUserDefinedFields(false);
-    dictionary->allowUnknownMsgFields(true);
-    FIX::DataDictionaryProvider provider;
-    provider.addTransportDataDictionary(FIX::BeginString(beginString), dictionary);
-    return provider;
+std::string headOf(std::string const& message) {
+    Parts const parts(message);
+    return framed(message.substr(0, parts.lengthField),
+                  message.substr(parts.inner, parts.body - parts.inner));
+}
+
+std::string withBodyOf(std::string const& message, std::string const& head) {
+    Parts const inHead(head);
+    Parts const inMessage(message);
+    std::string inner = head.substr(inHead.inner, inHead.end - inHead.inner);
+    inner.append(message, inMessage.body, inMessage.end - inMessage.body);
+    return framed(head.substr(0, inHead.lengthField), inner);
+}
+
+std::string placeholder(int number) {
+    return framed("8=FIX.4.4\x01", "35=0\x01"
+                                   "34=" +
+                                       std::to_string(number) + "\x01");
 }
 
 bool isAdminText(std::string const& text) {
     std::size_t const at = text.find("\x01"
                                      "35=");
     return at != std::string::npos && at + 5 < text.size() && text[at + 5] == '\x01' &&
-           std::string("0A12345").find(text[at + 4]) != std::string::npos;
+           std::memchr("0A12345", text[at + 4], 7) != nullptr;
 }
 
 } // namespace server

@@ -1,13 +1,15 @@
 #include "server/sessions/QuickFixSession.h"
 
+#include "server/sessions/FixScanner.h"
+#include "server/sessions/MemoryStore.h"
 #include "server/sessions/QuickFixMessages.h"
 #include "server/sessions/SessionSetup.h"
 
 #include <chrono>
+#include <cstring>
 #include <mutex>
 #include <stdexcept>
 
-#include <quickfix/FileStore.h>
 #include <quickfix/SessionFactory.h>
 
 namespace zan {
@@ -15,24 +17,20 @@ namespace server {
 
 namespace {
 
+// More bytes than this do not wait for the rest of what is taken at once.
+std::size_t const mostHeld = 1024 * 1024;
+
+// Somebody who sends nothing but garbage is no counterparty.
+int const mostGarbageInARow = 16;
+
 long long nowMillis() {
     using namespace std::chrono;
     return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-// What became of the message that this thread is sending for the application right now.
-struct OwnSend {
-    OwnSend() : outer(current) { current = this; }
-    ~OwnSend() { current = outer; }
-    OwnSend(OwnSend const&) = delete;
-    OwnSend& operator=(OwnSend const&) = delete;
-
-    bool written = false;
-    OwnSend* const outer;
-    static thread_local OwnSend* current;
-};
-
-thread_local OwnSend* OwnSend::current = nullptr;
+bool beginsWith(std::string const& text, char const* beginning) {
+    return std::strncmp(text.c_str(), beginning, std::strlen(beginning)) == 0;
+}
 
 // QuickFIX tells everything that it does; these are the beginnings of what is no trouble.
 bool isOrdinary(std::string const& event) {
@@ -45,13 +43,28 @@ bool isOrdinary(std::string const& event) {
         "MsgSeqNum too high", "ResendRequest for", "Logon contains ResetSeqNumFlag",
     };
     for (char const* beginning : beginnings)
-        if (event.compare(0, std::string(beginning).size(), beginning) == 0)
+        if (beginsWith(event, beginning))
             return true;
     return false;
 }
 
 FixTrouble kindOf(std::string const& event) {
-    return event.compare(0, 9, "Timed out") == 0 ? FixTrouble::timedOut : FixTrouble::session;
+    return beginsWith(event, "Timed out") ? FixTrouble::timedOut : FixTrouble::session;
+}
+
+std::string reasonIn(FIX::Message const& answer) {
+    std::string reason;
+    if (answer.isSetField(FIX::FIELD::Text))
+        reason = answer.getField(FIX::FIELD::Text);
+    if (answer.isSetField(FIX::FIELD::RefTagID))
+        reason += " (tag " + answer.getField(FIX::FIELD::RefTagID) + ")";
+    return reason;
+}
+
+// A SequenceReset does its work under any number.
+bool isRepetition(FIX::Message const& message) {
+    return isPossDup(message) &&
+           message.getHeader().getField(FIX::FIELD::MsgType) != FIX::MsgType_SequenceReset;
 }
 
 } // namespace
@@ -68,9 +81,36 @@ private:
     FIX::Log& log_;
 };
 
+// A report may make the session send: the thread has the turn already then.
+class QuickFixSession::Turn {
+public:
+    explicit Turn(QuickFixSession& session)
+        : session_(session), isInner_(session.turnHolder_ == std::this_thread::get_id()) {
+        if (!isInner_) {
+            session_.log_.lock();
+            session_.turnHolder_ = std::this_thread::get_id();
+        }
+        session_.store_.begin();
+    }
+    ~Turn() {
+        if (!isInner_) {
+            session_.turnHolder_ = std::thread::id();
+            session_.log_.unlock();
+        }
+    }
+    Turn(Turn const&) = delete;
+    Turn& operator=(Turn const&) = delete;
+
+private:
+    QuickFixSession& session_;
+    bool const isInner_;
+};
+
 QuickFixSession::QuickFixSession(FixSessionSettings const& settings, bool initiator,
                                  FixSessionEvents& events, SocketLink& link)
-    : events_(events), link_(link), logs_(new Logs(*this)) {
+    : link_(link), ownLog_(settings.store == nullptr ? new MemoryStore : nullptr),
+      log_(settings.store == nullptr ? *ownLog_ : *settings.store), logs_(new Logs(*this)),
+      events_(events), reports_(events), store_(log_) {
     try {
         create(settings, initiator);
     } catch (FIX::Exception const& error) {
@@ -83,24 +123,30 @@ QuickFixSession::~QuickFixSession() = default;
 void QuickFixSession::create(FixSessionSettings const& settings, bool initiator) {
     FIX::Dictionary const keys = makeDictionary(settings, initiator);
     id_ = makeSessionId(keys);
-    if (keys.has(FIX::FILE_STORE_PATH))
-        stores_.reset(new FIX::FileStoreFactory(keys.getString(FIX::FILE_STORE_PATH)));
-    else
-        stores_.reset(new FIX::MemoryStoreFactory);
+    Turn const turn(*this);
     // Two session objects with one id would share an entry of QuickFIX's table.
     static std::mutex creating;
     std::lock_guard<std::mutex> lock(creating);
     if (FIX::Session::doesSessionExist(id_))
         throw std::runtime_error("the session " + id_.toString() +
                                  " is already live in this process");
-    session_.reset(FIX::SessionFactory(*this, *stores_, logs_.get()).create(id_, keys));
-    session_->setDataDictionaryProvider(
-        makeDictionaries(id_.getBeginString().getValue(), settings.groups));
+    session_.reset(FIX::SessionFactory(*this, store_, logs_.get()).create(id_, keys));
+    std::vector<FixEntry> entries;
+    if (!store_.commit(entries))
+        throw std::runtime_error(store_.failure());
+    reports_.forget();
 }
 
 bool QuickFixSession::isOpeningTime() const {
     FIX::UtcTimeStamp const now;
     return session_->isSessionTime(now) && session_->isLogonTime(now);
+}
+
+template <typename Action>
+void QuickFixSession::work(Action const& action) {
+    Turn const turn(*this);
+    guarded(action);
+    settle();
 }
 
 template <typename Action>
@@ -114,33 +160,103 @@ void QuickFixSession::guarded(Action const& action) {
     } catch (...) {
         // Nothing more is known about it.
     }
-    events_.trouble(FixTrouble::session, reason);
-    link_.end();
+    lastEvent_ = reason;
+    reports_.trouble(FixTrouble::session, reason);
+    closing_ = true;
+}
+
+// The end of a transaction of the session's own: where it fails the link ends, because what came
+// in was not taken and what goes out is missing.
+void QuickFixSession::settle() {
+    std::vector<FixEntry> entries;
+    if (store_.commit(entries)) {
+        letOut(entries);
+    } else {
+        closing_ = true;
+        fail(FixTrouble::storage, store_.failure());
+    }
+    if (closing_)
+        link_.end();
+}
+
+void QuickFixSession::letOut(std::vector<FixEntry>& entries) {
+    if (!held_.empty())
+        link_.write(held_);
+    held_.clear();
+    asksForReset_ = asksForReset_ && !reports_.hasLogon();
+    if (!entries.empty())
+        events_.logged(entries);
+    reports_.deliver();
+}
+
+void QuickFixSession::fail(FixTrouble kind, std::string const& reason) {
+    std::string const text = reason;
+    store_.rollBack();
+    held_.clear();
+    reports_.fail(kind, text);
 }
 
 void QuickFixSession::attach() {
-    guarded([this] {
+    work([this] {
+        closing_ = false;
+        garbageInARow_ = 0;
+        resends_.clear();
         session_->logon();
         session_->setResponder(this);
         session_->next();
     });
 }
 
-void QuickFixSession::take(std::string const& text) {
-    guarded([this, &text] {
-        readMessage(text, incoming_);
-        session_->next(incoming_, FIX::UtcTimeStamp());
-    });
+// A logon is reported before the messages that follow it.
+void QuickFixSession::take(std::vector<Incoming>& messages) {
+    Turn const turn(*this);
+    for (Incoming& each : messages) {
+        if (closing_ || link_.ending())
+            break;
+        takeOne(each);
+        if (reports_.hasLogon() || held_.size() > mostHeld) {
+            settle();
+            store_.begin();
+        }
+    }
+    settle();
+}
+
+void QuickFixSession::takeOne(Incoming& incoming) {
+    if (!incoming.fault.empty()) {
+        takeGarbage(incoming);
+        return;
+    }
+    garbageInARow_ = 0;
+    lastEvent_.clear();
+    current_ = &incoming;
+    readMessage(incoming.text, incoming_);
+    int const distance = sequenceNumber(incoming_) - store_.current().nextIn;
+    if (distance > 0)
+        keepText(incoming.text, incoming_);
+    guarded([this] { session_->next(incoming_, FIX::UtcTimeStamp()); });
+    // A repetition of what was taken is passed over without a word.
+    if (current_ != nullptr && !(distance < 0 && isPossDup(incoming_)))
+        refuse(std::move(incoming.text), lastEvent_);
+    current_ = nullptr;
+}
+
+// A garbled message is dropped, the gap in the numbers brings it back.
+void QuickFixSession::takeGarbage(Incoming& incoming) {
+    reports_.trouble(FixTrouble::badBytes, incoming.fault);
+    refuse(std::move(incoming.text), incoming.fault);
+    if (!session_->isLoggedOn() || ++garbageInARow_ > mostGarbageInARow)
+        closing_ = true;
 }
 
 void QuickFixSession::tick() {
-    guarded([this] { session_->next(); });
+    work([this] { session_->next(); });
 }
 
 void QuickFixSession::tickWithoutReading() {
-    guarded([this] {
+    work([this] {
         long long const interval = 1000LL * session_->getHeartBtInt().getValue();
-        if (!isLoggedOn() || interval == 0 || nowMillis() - lastSentMillis_ < interval)
+        if (!session_->isLoggedOn() || interval == 0 || nowMillis() - lastSentMillis_ < interval)
             return;
         FIX::Message heartbeat;
         heartbeat.getHeader().setField(FIX::MsgType(FIX::MsgType_Heartbeat));
@@ -148,9 +264,16 @@ void QuickFixSession::tickWithoutReading() {
     });
 }
 
+void QuickFixSession::resendMore() {
+    work([this] {
+        slice_ = resends_.take();
+        session_->next(slice_, FIX::UtcTimeStamp());
+    });
+}
+
 bool QuickFixSession::sayLogout(std::string const& text) {
     bool const answerExpected = isLoggedOn();
-    guarded([this, &text] {
+    work([this, &text] {
         session_->logout(text);
         session_->next();
     });
@@ -158,61 +281,88 @@ bool QuickFixSession::sayLogout(std::string const& text) {
 }
 
 void QuickFixSession::detach() {
-    guarded([this] { session_->disconnect(); });
+    work([this] { session_->disconnect(); });
 }
 
-FixSendResult QuickFixSession::send(std::string const& msgType, FixFields const& body) {
-    OwnSend own;
-    try {
-        FIX::Message message;
-        message.getHeader().setField(FIX::MsgType(msgType));
-        writeBody(body, message);
-        session_->send(message);
-    } catch (FIX::DoNotSend const&) {
+FixSendResult QuickFixSession::send(std::vector<FixOutgoing> const& messages,
+                                    std::vector<long>& ids) {
+    Turn const turn(*this);
+    if (closing_ || !session_->isLoggedOn())
         return FixSendResult::notLoggedOn;
-    } catch (std::exception const& error) {
-        events_.trouble(FixTrouble::session, error.what());
-        return FixSendResult::refused;
-    }
-    if (own.written)
+    std::string reason = write(messages, ids);
+    std::vector<FixEntry> entries;
+    if (reason.empty() && store_.commit(entries)) {
+        letOut(entries);
         return FixSendResult::sent;
-    return isLoggedOn() ? FixSendResult::refused : FixSendResult::notLoggedOn;
+    }
+    ids.clear();
+    bool const isStorage = !store_.failure().empty();
+    fail(isStorage ? FixTrouble::storage : FixTrouble::session,
+         isStorage ? store_.failure() : reason);
+    return FixSendResult::refused;
 }
 
-int QuickFixSession::nextSenderNumber() const {
-    return session_->getExpectedSenderNum();
+// Returns why that failed.
+std::string QuickFixSession::write(std::vector<FixOutgoing> const& messages,
+                                   std::vector<long>& ids) {
+    std::string reason;
+    ids_ = &ids;
+    try {
+        for (FixOutgoing const& each : messages) {
+            own_ = &each;
+            outgoing_.clear();
+            outgoing_.getHeader().setField(FIX::MsgType(each.msgType));
+            writeBody(each.body, outgoing_);
+            session_->send(outgoing_);
+        }
+        if (ids.size() != messages.size())
+            reason = "the session did not send what it was given";
+    } catch (std::exception const& error) {
+        reason = error.what();
+    }
+    own_ = nullptr;
+    ids_ = nullptr;
+    return reason;
 }
 
-int QuickFixSession::nextTargetNumber() const {
-    return session_->getExpectedTargetNum();
+void QuickFixSession::resetNumbers(std::string const& note) {
+    Turn const turn(*this);
+    FixEntry remark;
+    remark.stream = FixStream::adminOut;
+    remark.origin = FixOrigin::remark;
+    remark.note = note;
+    std::vector<FixEntry> entries;
+    if (!store_.beginNumbering() || store_.append(std::move(remark)) == 0 ||
+        !store_.commit(entries)) {
+        std::string const reason = store_.failure();
+        fail(FixTrouble::storage, reason);
+        throw std::runtime_error(reason);
+    }
+    asksForReset_ = true;
+    letOut(entries);
 }
 
 void QuickFixSession::onLogon(FIX::SessionID const&) {
-    loggedOn_.store(true, std::memory_order_release);
-    events_.loggedOn(session_->getHeartBtInt());
+    reports_.loggedOn(session_->getHeartBtInt());
 }
 
-// Comes also for a logon that was never answered.
 void QuickFixSession::onLogout(FIX::SessionID const&) {
-    if (loggedOn_.exchange(false))
-        events_.loggedOff();
+    reports_.loggedOff();
 }
 
 void QuickFixSession::toAdmin(FIX::Message& message, FIX::SessionID const&) {
-    refuseWhenLoggedOff();
-    if (message.getHeader().getField(FIX::FIELD::MsgType) == FIX::MsgType_Logon)
+    store_.forgetNumber();
+    std::string const& type = message.getHeader().getField(FIX::FIELD::MsgType);
+    if (type == FIX::MsgType_Logon)
         addLogonFields(message);
+    else if (type == FIX::MsgType_Reject || type == FIX::MsgType_Logout)
+        refuseAsAnswered(message);
 }
 
-void QuickFixSession::toApp(FIX::Message&, FIX::SessionID const&) throw(FIX::DoNotSend) {
-    refuseWhenLoggedOff();
-}
-
-// QuickFIX would keep the message for the next logon. It holds the session's lock here, so that
-// the session cannot log off between the question and the sending.
-void QuickFixSession::refuseWhenLoggedOff() const {
-    if (OwnSend::current != nullptr && !isLoggedOn())
-        throw FIX::DoNotSend();
+void QuickFixSession::toApp(FIX::Message& message, FIX::SessionID const&) throw(FIX::DoNotSend) {
+    store_.forgetNumber();
+    if (own_ == nullptr)
+        refuseAsAnswered(message);
 }
 
 // The fields that the session looks at itself have to stand alone.
@@ -225,38 +375,106 @@ void QuickFixSession::addLogonFields(FIX::Message& logon) const {
             others.push_back(field);
     }
     writeBody(others, logon);
+    if (asksForReset_ && session_->isInitiator())
+        logon.setField(FIX::ResetSeqNumFlag(true));
 }
 
 void QuickFixSession::fromAdmin(FIX::Message const& message,
                                 FIX::SessionID const&) throw(FIX::IncorrectDataFormat) {
-    checkFields(message);
-    events_.received(textOf(message), true);
+    // The request was accepted with its first slice.
+    if (&message == &slice_)
+        return;
+    accept(message, FixStream::adminIn);
+    if (&message == &incoming_ && session_->getPersistMessages() &&
+        message.getHeader().getField(FIX::FIELD::MsgType) == FIX::MsgType_ResendRequest)
+        resends_.shorten(incoming_, store_.current().nextOut);
 }
 
 void QuickFixSession::fromApp(FIX::Message const& message,
                               FIX::SessionID const&) throw(FIX::IncorrectDataFormat) {
-    checkFields(message);
-    events_.received(textOf(message), false);
+    accept(message, FixStream::appIn);
+}
+
+void QuickFixSession::accept(FIX::Message const& message, FixStream stream) {
+    FixEntry entry;
+    entry.stream = stream;
+    entry.seq = sequenceNumber(message);
+    bool const isTakenAgain = entry.seq < store_.current().nextIn && isRepetition(message);
+    entry.text = takeText(message);
+    int const badTag = malformedTag(message);
+    if (badTag >= 0) {
+        char const* const reason = "no field: tag=value is expected";
+        refuse(std::move(entry.text),
+               std::string(reason) + " (tag " + std::to_string(badTag) + ")");
+        throw FIX::IncorrectDataFormat(badTag, reason);
+    }
+    if (!isTakenAgain)
+        store_.append(std::move(entry));
+}
+
+// The text of the message that came in right now, or of one that had to wait.
+std::string QuickFixSession::takeText(FIX::Message const& message) {
+    if (current_ != nullptr && &message == &incoming_) {
+        std::string text;
+        text.swap(current_->text);
+        current_ = nullptr;
+        return text;
+    }
+    std::string const* const kept = keptText(message);
+    return kept != nullptr ? *kept : message.toString();
+}
+
+void QuickFixSession::refuseAsAnswered(FIX::Message const& answer) {
+    if (current_ == nullptr)
+        return;
+    std::string const reason = reasonIn(answer);
+    refuse(std::move(current_->text), reason.empty() ? lastEvent_ : reason);
+    current_ = nullptr;
+}
+
+void QuickFixSession::refuse(std::string text, std::string const& reason) {
+    FixEntry entry;
+    entry.stream = isAdminText(text) || fixValue(text, FIX::FIELD::MsgType).empty()
+                       ? FixStream::adminIn
+                       : FixStream::appIn;
+    entry.origin = FixOrigin::remark;
+    entry.seq = std::atoi(fixValue(text, FIX::FIELD::MsgSeqNum).c_str());
+    entry.text = std::move(text);
+    entry.note = "refused: " + reason;
+    store_.append(std::move(entry));
 }
 
 void QuickFixSession::onOutgoing(std::string const& text) {
-    if (OwnSend::current != nullptr)
-        OwnSend::current->written = true;
     lastSentMillis_ = nowMillis();
-    events_.sent(text, isAdminText(text));
+    bool const isAdmin = isAdminText(text);
+    FixEntry entry;
+    if (store_.usedNumber()) {
+        entry.seq = store_.current().nextOut - 1;
+        entry.text = text;
+        entry.stream = isAdmin ? FixStream::adminOut : FixStream::appOut;
+        if (own_ != nullptr && own_->resent)
+            entry.stream = FixStream::resent;
+    } else {
+        entry.seq = std::atoi(fixValue(text, FIX::FIELD::MsgSeqNum).c_str());
+        entry.text = isAdmin ? text : store_.repetition(entry.seq, text);
+        entry.stream = isAdmin ? FixStream::adminOut : FixStream::resent;
+        entry.origin = FixOrigin::again;
+    }
+    store_.forgetNumber();
+    held_ += entry.text;
+    long const id = store_.append(std::move(entry));
+    if (ids_ != nullptr)
+        ids_->push_back(id);
 }
 
 void QuickFixSession::onEvent(std::string const& text) {
+    // The message waits for the ones before it.
+    if (beginsWith(text, "MsgSeqNum too high"))
+        current_ = nullptr;
+    if (!beginsWith(text, "Disconnecting"))
+        lastEvent_ = text;
     if (!isOrdinary(text))
-        events_.trouble(kindOf(text), text);
-}
-
-bool QuickFixSession::send(std::string const& bytes) {
-    return link_.write(bytes);
-}
-
-void QuickFixSession::disconnect() {
-    link_.end();
+        reports_.trouble(kindOf(text), text);
 }
 
 } // namespace server

@@ -3,28 +3,44 @@
 #define ZANENGINE_SERVER_SESSIONS_QUICKFIXSESSION_H
 
 #include "server/sessions/FixSession.h"
+#include "server/sessions/QuickFixStore.h"
+#include "server/sessions/ResendSlices.h"
+#include "server/sessions/SessionReports.h"
 #include "server/sessions/SocketLink.h"
 
 #include <atomic>
 #include <memory>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <quickfix/Application.h>
 #include <quickfix/Log.h>
-#include <quickfix/MessageStore.h>
 #include <quickfix/Responder.h>
 #include <quickfix/Session.h>
 
 namespace zan {
 namespace server {
 
-/// Owns the session object and turns what it calls into reports.
+/// A message that came in, or bytes that are none: then `fault` tells why.
+struct Incoming {
+    std::string text;
+    std::string fault;
+};
+
+/// Owns the session object, and does its work in transactions of the store.
 ///
-/// `send`, `isLoggedOn` and the numbers are for any thread, the rest is for the session's thread
-/// or for a time when there is none. What QuickFIX throws ends here.
+/// Whatever makes QuickFIX write takes the store's turn first, lets it write into memory, commits,
+/// and only then gives the bytes to the link and the entries to the receiver of reports. So
+/// QuickFIX's own locks are never waited for, and nothing of ours is waited for under them.
+///
+/// `send`, `isLoggedOn` and the numbers are for any thread, `resetNumbers` for a time when there is
+/// no link, the rest is for the session's thread or for a time when there is none. What QuickFIX
+/// throws ends here.
 class QuickFixSession : private FIX::Application, private FIX::Log, private FIX::Responder {
 public:
-    /// Throws std::runtime_error when the settings are wrong or the SessionID is live already.
+    /// Throws std::runtime_error when the settings are wrong, when the store fails, and when the
+    /// SessionID is live already.
     QuickFixSession(FixSessionSettings const& settings, bool initiator, FixSessionEvents& events,
                     SocketLink& link);
     ~QuickFixSession() override;
@@ -38,30 +54,34 @@ public:
     bool isOpeningTime() const;
     /// The link is open: the session begins to talk over it.
     void attach();
-    /// A framed message came in.
-    void take(std::string const& text);
+    /// Takes what came in, in one transaction where that is not too much.
+    void take(std::vector<Incoming>& messages);
     /// To be called several times a second: heartbeats and everything else that has its time.
     void tick();
     /// The same while nothing is read: sends heartbeats, but does not expect any.
     void tickWithoutReading();
+    /// Is there more to send again, as the counterparty asked for? `resendMore` sends a part of it.
+    bool hasMoreToResend() const { return !resends_.isEmpty(); }
+    void resendMore();
     /// Says goodbye; false when nobody is logged on, so that there is no answer to wait for.
     bool sayLogout(std::string const& text);
     /// The link is closing.
     void detach();
 
-    FixSendResult send(std::string const& msgType, FixFields const& body);
-    bool isLoggedOn() const { return loggedOn_.load(std::memory_order_acquire); }
-    int nextSenderNumber() const;
-    int nextTargetNumber() const;
+    FixSendResult send(std::vector<FixOutgoing> const& messages, std::vector<long>& ids);
+    void resetNumbers(std::string const& note);
+    bool isLoggedOn() const { return reports_.isLoggedOn(); }
+    FixNumbers numbers() const { return log_.numbers(); }
 
 private:
     class Logs;
+    class Turn;
 
     void onCreate(FIX::SessionID const&) override {}
     void onLogon(FIX::SessionID const&) override;
     void onLogout(FIX::SessionID const&) override;
     void toAdmin(FIX::Message& message, FIX::SessionID const&) override;
-    void toApp(FIX::Message&, FIX::SessionID const&) throw(FIX::DoNotSend) override;
+    void toApp(FIX::Message& message, FIX::SessionID const&) throw(FIX::DoNotSend) override;
     void fromAdmin(FIX::Message const& message,
                    FIX::SessionID const&) throw(FIX::IncorrectDataFormat) override;
     void fromApp(FIX::Message const& message,
@@ -73,24 +93,53 @@ private:
     void onOutgoing(std::string const& text) override;
     void onEvent(std::string const& text) override;
 
-    bool send(std::string const& bytes) override;
-    void disconnect() override;
+    bool send(std::string const&) override { return !link_.ending(); }
+    void disconnect() override { closing_ = true; }
 
     void create(FixSessionSettings const& settings, bool initiator);
     void addLogonFields(FIX::Message& logon) const;
-    void refuseWhenLoggedOff() const;
+
+    template <typename Action>
+    void work(Action const& action);
     template <typename Action>
     void guarded(Action const& action);
+    void settle();
+    void letOut(std::vector<FixEntry>& entries);
+    void fail(FixTrouble kind, std::string const& reason);
+    std::string write(std::vector<FixOutgoing> const& messages, std::vector<long>& ids);
 
-    FixSessionEvents& events_;
+    void takeOne(Incoming& incoming);
+    void takeGarbage(Incoming& incoming);
+    void accept(FIX::Message const& message, FixStream stream);
+    std::string takeText(FIX::Message const& message);
+    void refuseAsAnswered(FIX::Message const& answer);
+    void refuse(std::string text, std::string const& reason);
+
     SocketLink& link_;
+    std::unique_ptr<FixSessionStore> const ownLog_;
+    FixSessionStore& log_;
+    std::atomic<std::thread::id> turnHolder_;
     FIX::SessionID id_;
     FixFields logonFields_;
-    FIX::Message incoming_;
-    std::atomic<bool> loggedOn_{false};
-    std::atomic<long long> lastSentMillis_{0};
-    std::unique_ptr<FIX::MessageStoreFactory> stores_;
     std::unique_ptr<FIX::LogFactory> logs_;
+
+    // With the turn.
+    FixSessionEvents& events_;
+    SessionReports reports_;
+    QuickFixStore store_;
+    FIX::Message incoming_;
+    FIX::Message outgoing_;
+    ResendSlices resends_;
+    FIX::Message slice_;
+    Incoming* current_ = nullptr;      // not yet accepted, refused or put aside
+    FixOutgoing const* own_ = nullptr; // what an application sends
+    std::vector<long>* ids_ = nullptr; // of what it sent
+    std::string held_;                 // bytes that wait for the commit
+    std::string lastEvent_;
+    bool closing_ = true;
+    bool asksForReset_ = false;
+    int garbageInARow_ = 0;
+    long long lastSentMillis_ = 0;
     std::unique_ptr<FIX::Session> session_;
 };
 

@@ -7,7 +7,7 @@ namespace server {
 
 namespace {
 std::chrono::milliseconds const tickInterval(250);
-int const mostGarbageInARow = 16;
+std::size_t const mostAtOnce = 256;
 } // namespace
 
 SessionRunner::SessionRunner(FixSessionSettings const& settings, bool initiator,
@@ -24,14 +24,15 @@ void SessionRunner::requestLogout(std::string const& text) {
     link_.wakeUp().ring();
 }
 
-FixSendResult SessionRunner::send(std::string const& msgType, FixFields const& body,
-                                  std::chrono::milliseconds patience) {
+FixSendResult SessionRunner::send(std::vector<FixOutgoing> const& messages,
+                                  std::chrono::milliseconds patience, std::vector<long>& ids) {
+    ids.clear();
     if (!isLoggedOn() || isQuitting())
         return FixSendResult::notLoggedOn;
     if (!link_.waitForRoom(patience))
         return isLoggedOn() && !link_.ending() ? FixSendResult::peerTooSlow
                                                : FixSendResult::notLoggedOn;
-    return session_.send(msgType, body);
+    return session_.send(messages, ids);
 }
 
 void SessionRunner::setReading(bool on) {
@@ -52,22 +53,27 @@ void SessionRunner::forgetRequests() {
 
 void SessionRunner::serve(int socket, std::string const& firstMessage) {
     logoutSaid_ = false;
-    garbageInARow_ = 0;
     nextTick_ = Clock::now() + tickInterval;
     link_.open(socket);
     events_.linkUp(localAddress(socket), remoteAddress(socket));
     session_.attach();
-    if (!firstMessage.empty())
-        session_.take(firstMessage);
+    incoming_.assign(firstMessage.empty() ? 0 : 1, Incoming{firstMessage, std::string()});
+    session_.take(incoming_);
     deliver();
     while (!link_.ending() && !quitting_) {
-        if (link_.waitForWork(reading_, timeToTick()))
+        if (link_.waitForWork(reading_, canResend() ? std::chrono::milliseconds(0) : timeToTick()))
             readBytes();
         deliver();
+        if (canResend())
+            session_.resendMore();
         handleLogoutRequest();
         tickWhenDue();
     }
     finish();
+}
+
+bool SessionRunner::canResend() {
+    return session_.hasMoreToResend() && link_.waitForRoom(std::chrono::milliseconds(0));
 }
 
 void SessionRunner::readBytes() {
@@ -77,26 +83,21 @@ void SessionRunner::readBytes() {
 }
 
 void SessionRunner::deliver() {
-    std::string fault;
-    while (reading_ && !link_.ending() && !quitting_) {
-        FixFramer::Result const result = framer_.next(message_, fault);
-        if (result == FixFramer::Result::incomplete)
-            return;
-        if (result == FixFramer::Result::garbage) {
-            reportGarbage(fault);
-            continue;
-        }
-        garbageInARow_ = 0;
-        session_.take(message_);
-    }
+    while (reading_ && !link_.ending() && !quitting_ && frameSome())
+        session_.take(incoming_);
 }
 
-// A garbled message is dropped, the gap in the numbers brings it back. Somebody who sends nothing
-// else is no counterparty.
-void SessionRunner::reportGarbage(std::string const& fault) {
-    events_.trouble(FixTrouble::badBytes, fault);
-    if (!isLoggedOn() || ++garbageInARow_ > mostGarbageInARow)
-        link_.end();
+bool SessionRunner::frameSome() {
+    incoming_.clear();
+    while (incoming_.size() < mostAtOnce) {
+        incoming_.emplace_back();
+        Incoming& next = incoming_.back();
+        if (framer_.next(next.text, next.fault) == FixFramer::Result::incomplete) {
+            incoming_.pop_back();
+            break;
+        }
+    }
+    return !incoming_.empty();
 }
 
 void SessionRunner::handleLogoutRequest() {

@@ -20,12 +20,13 @@ namespace server {
 class SessionRunner : public FixSession {
 public:
     void requestLogout(std::string const& text) override;
-    FixSendResult send(std::string const& msgType, FixFields const& body,
-                       std::chrono::milliseconds patience) override;
+    FixSendResult send(std::vector<FixOutgoing> const& messages, std::chrono::milliseconds patience,
+                       std::vector<long>& ids) override;
+    void resetNumbers(std::string const& note) override { session_.resetNumbers(note); }
     bool isLoggedOn() const override { return session_.isLoggedOn(); }
     void setReading(bool on) override;
-    int nextSenderNumber() const override { return session_.nextSenderNumber(); }
-    int nextTargetNumber() const override { return session_.nextTargetNumber(); }
+    int nextSenderNumber() const override { return session_.numbers().nextOut; }
+    int nextTargetNumber() const override { return session_.numbers().nextIn; }
 
 protected:
     SessionRunner(FixSessionSettings const& settings, bool initiator, FixSessionEvents& events);
@@ -52,21 +53,21 @@ private:
 
     void readBytes();
     void deliver();
-    void reportGarbage(std::string const& fault);
+    bool frameSome();
+    bool canResend();
     void handleLogoutRequest();
     void tickWhenDue();
     void finish();
     std::chrono::milliseconds timeToTick() const;
 
     std::vector<char> bytes_;
-    std::string message_;
+    std::vector<Incoming> incoming_;
     std::atomic<bool> reading_{true};
     std::atomic<bool> quitting_{false};
     std::atomic<bool> logoutRequested_{false};
     std::mutex logoutMutex_;
     std::string logoutText_;
     bool logoutSaid_ = false;
-    int garbageInARow_ = 0;
     Clock::time_point logoutDeadline_;
     Clock::time_point nextTick_;
 };

@@ -69,9 +69,9 @@ bool SocketLink::write(std::string const& bytes) {
         bool const waiting = hasBacklog();
         if (!waiting)
             written = writeNow(bytes.data(), bytes.size());
-        backlog_.append(bytes, written, std::string::npos);
-        if (backlog_.size() - backlogBegin_ > hardLimit)
+        else if (backlog_.size() - backlogBegin_ > hardLimit)
             endWith("the counterparty does not read");
+        backlog_.append(bytes, written, std::string::npos);
         mustWake = !waiting && hasBacklog();
     }
     if (mustWake)

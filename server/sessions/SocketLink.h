@@ -22,7 +22,8 @@ class SocketLink {
 public:
     /// With more than this waiting there is no room for messages of the application ...
     static std::size_t const roomLimit = 4 * 1024 * 1024;
-    /// ... and with more than this, which the session's own messages may use, the link is dropped.
+    /// ... and where more than this waits, which the session's own messages may use, a further
+    /// write drops the link. One write may be as large as it is.
     static std::size_t const hardLimit = 8 * 1024 * 1024;
 
     ~SocketLink();

@@ -13,26 +13,28 @@
 #include <vector>
 
 /// Every report becomes a line: `up`, `down`, `on`, `off`, `< <message>`, `> <message>`,
-/// `! <kind> <text>`; SOH is written as `|`.
+/// `# <note>: <message>` for a remark, `! <kind> <text>`; SOH is written as `|`.
 class SessionRecorder : public zan::server::FixSessionEvents {
 public:
     void linkUp(std::string const&, std::string const&) override { add("up"); }
     void linkDown() override { add("down"); }
     void loggedOn(int) override { add("on"); }
     void loggedOff() override { add("off"); }
-    void received(std::string const& message, bool) override {
-        std::function<void(std::string const&)> const action = takeAction();
-        add("< " + readable(message));
-        if (action)
-            action(message);
+    void logged(std::vector<zan::server::FixEntry>& entries) override {
+        for (zan::server::FixEntry const& entry : entries) {
+            std::function<void(std::string const&)> const action = takeAction();
+            add(entry);
+            if (action && isReceived(entry))
+                action(entry.text);
+        }
     }
-    void sent(std::string const& message, bool) override { add("> " + readable(message)); }
     void trouble(zan::server::FixTrouble kind, std::string const& text) override {
-        static char const* const kinds[] = {"unreachable", "timedOut", "badBytes", "session"};
+        static char const* const kinds[] = {"unreachable", "timedOut", "badBytes", "storage",
+                                            "session"};
         add(std::string("! ") + kinds[static_cast<int>(kind)] + " " + text);
     }
 
-    /// Called for every message that comes in, on the session's thread.
+    /// Called for every message that comes in, with the store's turn.
     void onReceived(std::function<void(std::string const&)> action) {
         std::lock_guard<std::mutex> lock(mutex_);
         action_ = action;
@@ -64,6 +66,12 @@ public:
         });
     }
 
+    /// Every entry that was reported, in that order.
+    std::vector<zan::server::FixEntry> entries() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return entries_;
+    }
+
     std::string all() const {
         std::string text;
         for (std::string const& line : lines())
@@ -78,6 +86,12 @@ private:
         return word ? line == part : line.find(part) != std::string::npos;
     }
 
+    static bool isReceived(zan::server::FixEntry const& entry) {
+        return entry.origin == zan::server::FixOrigin::wire &&
+               (entry.stream == zan::server::FixStream::adminIn ||
+                entry.stream == zan::server::FixStream::appIn);
+    }
+
     static std::string readable(std::string message) {
         for (char& each : message)
             if (each == '\x01')
@@ -90,8 +104,21 @@ private:
         return action_;
     }
 
+    void add(zan::server::FixEntry const& entry) {
+        std::string begin = isReceived(entry) ? "< " : "> ";
+        if (entry.origin == zan::server::FixOrigin::remark)
+            begin = "# " + entry.note + ": ";
+        std::lock_guard<std::mutex> lock(mutex_);
+        entries_.push_back(entry);
+        addLine(begin + readable(entry.text));
+    }
+
     void add(std::string const& line) {
         std::lock_guard<std::mutex> lock(mutex_);
+        addLine(line);
+    }
+
+    void addLine(std::string const& line) {
         lines_.push_back(line);
         changed_.notify_all();
     }
@@ -99,6 +126,7 @@ private:
     mutable std::mutex mutex_;
     mutable std::condition_variable changed_;
     std::vector<std::string> lines_;
+    std::vector<zan::server::FixEntry> entries_;
     std::function<void(std::string const&)> action_;
 };
 

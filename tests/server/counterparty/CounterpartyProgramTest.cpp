@@ -27,7 +27,7 @@ TEST(CounterpartyProgram, PrintsItsPortAndFillsOrders) {
         settingsFor("ME", "DESK", portIn(listening), {{"BeginString", "FIX.4.2"}}), events);
     client->start({});
     ASSERT_TRUE(events.waitFor("on"));
-    client->send("D", {{11, "A"}, {55, "IBM"}, {54, "1"}, {38, "2"}, {40, "1"}}, 1s);
+    sendOne(*client, "D", {{11, "A"}, {55, "IBM"}, {54, "1"}, {38, "2"}, {40, "1"}}, 1s);
     EXPECT_TRUE(events.waitFor("|39=2|"));
     EXPECT_FALSE(program.waitForLine("|35=D|").empty());
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <condition_variable>
 
 namespace {
 
@@ -20,17 +21,27 @@ public:
                 each = '|';
         std::lock_guard const lock(mutex_);
         lines_.push_back(std::string(1, direction) + " " + text);
+        changed_.notify_all();
+    }
+    bool waitFor(std::string const& part) const {
+        std::unique_lock lock(mutex_);
+        return changed_.wait_for(lock, 10s, [&] { return countLines(part) > 0; });
     }
     std::size_t count(std::string const& part) const {
         std::lock_guard const lock(mutex_);
+        return countLines(part);
+    }
+
+private:
+    std::size_t countLines(std::string const& part) const {
         return static_cast<std::size_t>(
             std::count_if(lines_.begin(), lines_.end(), [&](std::string const& line) {
                 return line.find(part) != std::string::npos;
             }));
     }
 
-private:
     mutable std::mutex mutex_;
+    mutable std::condition_variable changed_;
     std::vector<std::string> lines_;
 };
 
@@ -40,7 +51,7 @@ struct Client {
         session->start({});
     }
     FixSendResult send(std::string const& type, FixFields const& body) {
-        return session->send(type, body, 1s);
+        return sendOne(*session, type, body, 1s);
     }
     SessionRecorder events;
     std::unique_ptr<FixSession> session;
@@ -67,6 +78,7 @@ TEST(Counterparty, PrintsEachMessageOnce) {
     ASSERT_TRUE(client.events.waitFor("on"));
     client.send("D", {{11, "A"}, {55, "IBM"}, {54, "1"}, {38, "100"}, {40, "1"}});
     ASSERT_TRUE(client.events.waitFor("|35=8|", 3));
+    ASSERT_TRUE(printed.waitFor("|39=2|"));
     EXPECT_EQ(printed.count("|35=D|"), 1u);
     EXPECT_EQ(printed.count("|39=0|"), 1u);
     EXPECT_EQ(printed.count("|39=1|"), 1u);

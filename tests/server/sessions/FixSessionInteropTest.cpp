@@ -28,19 +28,19 @@ TEST(FixSessionInterop, ExchangesOrdersWithNestedGroups) {
     auto const us = FixSession::initiator(settingsFor("US", "THEM", stranger.port), ours);
     us->start({});
     ASSERT_TRUE(ours.waitFor("on"));
-    us->send("D",
-             {{11, "1"},
-              {453, "2"},
-              {448, "A"},
-              {447, "D"},
-              {802, "1"},
-              {523, "x"},
-              {803, "1"},
-              {448, "B"},
-              {447, "D"},
-              {55, "IBM"},
-              {38, "10"}},
-             1s);
+    sendOne(*us, "D",
+            {{11, "1"},
+             {453, "2"},
+             {448, "A"},
+             {447, "D"},
+             {802, "1"},
+             {523, "x"},
+             {803, "1"},
+             {448, "B"},
+             {447, "D"},
+             {55, "IBM"},
+             {38, "10"}},
+            1s);
     ASSERT_TRUE(ours.waitFor("|35=8|"));
     EXPECT_NE(ours.linesWith("|35=8|").front().find(
                   "|453=2|448=A|447=D|802=1|523=x|803=1|448=B|447=D|55=IBM|"),
@@ -77,17 +77,42 @@ TEST(FixSessionInterop, GoesOnWithItsNumbersWhenTheCounterpartyWasKilled) {
         us = FixSession::initiator(settingsFor("US", "THEM", port), ours);
         us->start({});
         ASSERT_TRUE(ours.waitFor("on"));
-        us->send("D", {{11, "1"}, {55, "IBM"}, {38, "10"}}, 1s);
+        sendOne(*us, "D", {{11, "1"}, {55, "IBM"}, {38, "10"}}, 1s);
         ASSERT_TRUE(ours.waitFor("|35=8|"));
         stranger.program.end(SIGKILL);
     }
     ASSERT_TRUE(ours.waitFor("down"));
     Stranger again({"--store", folder.string(), "--port", std::to_string(port)});
     ASSERT_TRUE(ours.waitFor("on", 2)) << ours.all();
-    us->send("D", {{11, "2"}, {55, "IBM"}, {38, "10"}}, 1s);
+    sendOne(*us, "D", {{11, "2"}, {55, "IBM"}, {38, "10"}}, 1s);
     EXPECT_TRUE(ours.waitFor("|35=8|", 2)) << ours.all();
     EXPECT_TRUE(ours.linesWith("|141=Y|").empty());
     std::filesystem::remove_all(folder);
+}
+
+TEST(FixSessionInterop, MakesTheCounterpartyBeginWithOneToo) {
+    Stranger stranger({});
+    SessionRecorder ours;
+    auto const us = FixSession::initiator(settingsFor("US", "THEM", stranger.port), ours);
+    us->start({});
+    ASSERT_TRUE(ours.waitFor("on"));
+    sendOne(*us, "D", {{11, "1"}, {55, "IBM"}, {38, "10"}});
+    ASSERT_TRUE(ours.waitFor("|35=8|"));
+    us->stop();
+    us->resetNumbers("a new day");
+    us->start({});
+    ASSERT_TRUE(ours.waitFor("on", 2)) << ours.all();
+    EXPECT_EQ(us->nextSenderNumber(), 2);
+    EXPECT_EQ(us->nextTargetNumber(), 2);
+    EXPECT_EQ(ours.linesWith("|35=A|").back().find("< 8=FIX.4.4"), 0u);
+    EXPECT_NE(ours.linesWith("|35=A|").back().find("|34=1|"), std::string::npos);
+    sendOne(*us, "D", {{11, "2"}, {55, "IBM"}, {38, "10"}});
+    EXPECT_TRUE(ours.waitFor("|35=8|", 2)) << ours.all();
+    us->stop();
+    us->start({});
+    ASSERT_TRUE(ours.waitFor("on", 3)) << ours.all();
+    EXPECT_EQ(ours.linesWith("|141=Y|").size(), 2u) << ours.all();
+    EXPECT_TRUE(ours.linesWith("! ").empty()) << ours.all();
 }
 
 } // namespace

@@ -99,6 +99,12 @@ public:
         }
     }
 
+    /// Is there anything to read right now?
+    bool hasBytes() const {
+        char byte = 0;
+        return recv(link_, &byte, 1, MSG_DONTWAIT | MSG_PEEK) > 0;
+    }
+
     /// Waits for the other side to close the link.
     bool waitForEnd() {
         while (readMore()) {

@@ -24,15 +24,23 @@ settingsFor(std::string const& sender, std::string const& target, int port, Keys
     return settings;
 }
 
+inline zan::server::FixSendResult
+sendOne(zan::server::FixSession& session, std::string const& type,
+        zan::server::FixFields const& body,
+        std::chrono::milliseconds patience = std::chrono::seconds(2)) {
+    std::vector<long> ids;
+    return session.send({{type, body}}, patience, ids);
+}
+
 /// `us` connects to `them`; nothing runs before `logOn`.
 struct SessionPair {
     explicit SessionPair(Keys const& ourKeys = {}, Keys const& theirKeys = {},
-                         zan::server::GroupDictionary const& groups = {})
+                         zan::server::FixSessionStore* ourStore = nullptr)
         : acceptor(zan::server::FixAcceptor::listen("127.0.0.1", 0)) {
         them = &acceptor->add(settingsFor("THEM", "US", 0, theirKeys), theirs);
         zan::server::FixSessionSettings settings =
             settingsFor("US", "THEM", acceptor->port(), ourKeys);
-        settings.groups = groups;
+        settings.store = ourStore;
         us = zan::server::FixSession::initiator(settings, ours);
     }
 
@@ -43,7 +51,7 @@ struct SessionPair {
     }
 
     zan::server::FixSendResult send(std::string const& type, zan::server::FixFields const& body) {
-        return us->send(type, body, std::chrono::milliseconds(2000));
+        return sendOne(*us, type, body);
     }
 
     SessionRecorder ours;

@@ -1,0 +1,59 @@
+/// The store of a session that was given none: everything is gone with the process.
+#ifndef ZANENGINE_SERVER_SESSIONS_MEMORYSTORE_H
+#define ZANENGINE_SERVER_SESSIONS_MEMORYSTORE_H
+
+#include "server/sessions/FixSessionStore.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+
+namespace zan {
+namespace server {
+
+/// Keeps the numbers, and of the messages the newest ones sent. Threads: as for every store.
+class MemoryStore : public FixSessionStore {
+public:
+    /// The most messages that can be sent again; older ones cannot be had any more.
+    static std::size_t const mostSent = 10000;
+
+    MemoryStore();
+    ~MemoryStore() override;
+
+    void lock() override { turn_.lock(); }
+    void unlock() override;
+    FixNumbers numbers() const override;
+    void setNumbers(FixNumbers numbers) override;
+    void reset() override;
+    long long numberingBegan() const override { return open_.began; }
+    long append(FixEntry entry) override;
+    std::vector<FixEntry> sent(int first, int last) override;
+    std::vector<FixEntry> commit() override;
+    void rollBack() override;
+
+private:
+    struct State {
+        FixNumbers numbers;
+        long lastId = 0;
+        long long lastMillis = 0;
+        long long began = 0;
+    };
+
+    void show(FixNumbers numbers);
+
+    std::mutex turn_;
+    std::atomic<std::uint64_t> shownNumbers_;
+    State committed_;
+    State open_;
+    bool wasReset_ = false;
+    std::vector<FixEntry> entries_;
+    std::size_t firstOfNumbering_ = 0;
+    std::deque<FixEntry> sent_;
+};
+
+} // namespace server
+} // namespace zan
+
+#endif

@@ -1,0 +1,84 @@
+/// Lets QuickFIX's session object work on a store of ours, one transaction at a time.
+#ifndef ZANENGINE_SERVER_SESSIONS_QUICKFIXSTORE_H
+#define ZANENGINE_SERVER_SESSIONS_QUICKFIXSTORE_H
+
+#include "server/sessions/FixSessionStore.h"
+
+#include <string>
+#include <vector>
+
+#include <quickfix/MessageStore.h>
+
+namespace zan {
+namespace server {
+
+/// Everything is for the thread that has the store's turn. The first failure of the storage makes
+/// the transaction fail as a whole; QuickFIX hears of it as an IOException where it asks.
+class QuickFixStore : public FIX::MessageStore, public FIX::MessageStoreFactory {
+public:
+    explicit QuickFixStore(FixSessionStore& store) : store_(store) {}
+    ~QuickFixStore() override;
+    QuickFixStore(QuickFixStore const&) = delete;
+    QuickFixStore& operator=(QuickFixStore const&) = delete;
+
+    /// To be called with a new turn, and after each end of a transaction within a turn.
+    void begin();
+
+    /// Returns the id, 0 when the transaction has failed.
+    long append(FixEntry entry);
+
+    /// Why the transaction has failed; empty while it has not.
+    std::string const& failure() const { return failure_; }
+
+    /// Both numbers are 1; false when the transaction has failed.
+    bool beginNumbering();
+
+    /// False when the storage failed; then everything is as it was.
+    bool commit(std::vector<FixEntry>& entries);
+    void rollBack();
+
+    FixNumbers const& current() const { return numbers_; }
+
+    /// Was a number used since `forgetNumber`? Then the message that goes out has it and is new;
+    /// other messages are sent again.
+    bool usedNumber() const { return usedNumber_; }
+    void forgetNumber() { usedNumber_ = false; }
+
+    /// The message that was sent under this number, behind the new header that QuickFIX has made
+    /// for it.
+    std::string repetition(int number, std::string const& head) const;
+
+    bool set(int, std::string const&) throw(FIX::IOException) override { return true; }
+    void get(int first, int last, std::vector<std::string>& messages) const
+        throw(FIX::IOException) override;
+    int getNextSenderMsgSeqNum() const throw(FIX::IOException) override { return numbers_.nextOut; }
+    int getNextTargetMsgSeqNum() const throw(FIX::IOException) override { return numbers_.nextIn; }
+    void setNextSenderMsgSeqNum(int number) throw(FIX::IOException) override;
+    void setNextTargetMsgSeqNum(int number) throw(FIX::IOException) override;
+    void incrNextSenderMsgSeqNum() throw(FIX::IOException) override;
+    void incrNextTargetMsgSeqNum() throw(FIX::IOException) override;
+    FIX::UtcTimeStamp getCreationTime() const throw(FIX::IOException) override;
+    void reset() throw(FIX::IOException) override;
+    void refresh() throw(FIX::IOException) override {}
+
+    FIX::MessageStore* create(FIX::SessionID const&) override { return this; }
+    void destroy(FIX::MessageStore*) override {}
+
+private:
+    template <typename Action>
+    void change(Action const& action);
+
+    FixSessionStore& store_;
+    FixNumbers numbers_;
+    long long began_ = -1;
+    FIX::UtcTimeStamp creationTime_;
+    bool isChanged_ = false;
+    bool usedNumber_ = false;
+    mutable std::string failure_;
+    mutable std::vector<FixEntry> repeated_;
+};
+
+} // namespace server
+} // namespace zan
+
+#endif
