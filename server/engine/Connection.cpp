@@ -1,16 +1,15 @@
 #include "server/engine/Connection.h"
 
 #include "errors/ZANCannotConnectException.h"
-#include "errors/ZANConnectionUnavailableException.h"
 #include "errors/ZANInvalidLogonException.h"
 #include "errors/ZANInvalidMessageException.h"
-#include "errors/ZANNotConnectedException.h"
 #include "errors/ZANPersistentStorageException.h"
 #include "infra/WrongConfigurationException.h"
 #include "server/engine/ConnectionSetup.h"
 #include "server/engine/EngineErrors.h"
 #include "server/wire/FieldText.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace zan::server {
@@ -19,34 +18,40 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// How long a send waits for a counterparty, or for listeners, that take nothing.
-constexpr std::chrono::milliseconds sendPatience = 10s;
-
 // What a session may take beyond its own timeout to close a link.
 constexpr std::chrono::milliseconds closingTime = 1s;
 
-// The number of the message that the calling thread is sending, once the session has written it.
-thread_local long* idOfSend = nullptr;
+// A listener that takes longer than this is worth a line for the operator.
+constexpr std::chrono::milliseconds longDelivery = 10s;
 
 } // namespace
 
 Connection::Connection(ConnectionSettings settings, std::string const& dataFolder, EventSink sink)
     : settings_(std::move(settings)), dictionary_(loadDictionary(settings_)),
-      sink_(std::move(sink)), dataFolder_(dataFolder),
-      queue_([this](Delivery const& delivery) { deliver(delivery); }, [this] { setReading(); }),
-      watch_([this](LinkState const& state) { queue_.push(state); }) {
+      sink_(std::move(sink)), logFile_(logSettings(settings_, dataFolder).file),
+      log_(logSettings(settings_, dataFolder)),
+      queue_([this](Delivery const& delivery) { deliver(delivery); }, [this] { setReading(); },
+             log_.lastId()),
+      watch_([this](LinkState const& state) { queue_.push(state); }),
+      history_(log_, settings_, dictionary_,
+               [this](std::string const& text) { watch_.trouble(FixTrouble::storage, text); }),
+      sendQueue_([this](std::vector<FixOutgoing> const& messages, std::vector<long>& ids) {
+          return sendTogether(messages, ids);
+      }) {
     try {
-        session_ =
-            FixSession::initiator(sessionSettings(settings_, dataFolder_, dictionary_), *this);
+        session_ = FixSession::initiator(sessionSettings(settings_, log_), *this);
     } catch (std::runtime_error const& e) {
         throw WrongConfigurationException(described(e.what()));
     }
-    queue_.start();
 }
 
 Connection::~Connection() {
     session_->stop();
-    queue_.stop();
+    queue_.stop(0ms);
+}
+
+void Connection::start(std::shared_ptr<void> owner) {
+    queue_.start(std::move(owner));
 }
 
 std::string Connection::described(std::string const& what) const {
@@ -65,9 +70,13 @@ void Connection::connect(ZANFieldGroup const* logonFields) {
     if (!attempt.owns_lock()) {
         throw ZANCannotConnectException(described("another attempt to connect takes too long"));
     }
-    if (watch_.isLoggedOn()) {
-        return;
+    if (!watch_.isLoggedOn()) {
+        logOn(fields, deadline);
     }
+}
+
+// The turn to connect is the caller's.
+void Connection::logOn(FixFields const& fields, LinkWatch::Clock::time_point deadline) {
     endSession();
     watch_.beginLogon();
     {
@@ -83,11 +92,15 @@ void Connection::connect(ZANFieldGroup const* logonFields) {
 }
 
 void Connection::failToConnect(LogonResult const& result) const {
-    if (result.outcome == LogonResult::Outcome::Refused) {
+    switch (result.outcome) {
+    case LogonResult::Outcome::Refused:
         fail<ZANInvalidLogonException>(
             described("the counterparty refused the Logon: " + result.reason));
+    case LogonResult::Outcome::NotStored:
+        fail<ZANPersistentStorageException>(described(result.reason));
+    default:
+        throw ZANCannotConnectException(described(result.reason));
     }
-    throw ZANCannotConnectException(described(result.reason));
 }
 
 void Connection::endSession() {
@@ -106,6 +119,26 @@ void Connection::disconnect(std::string const& reason) {
     endSession();
 }
 
+void Connection::resetNumbers(std::string const& user) {
+    auto const deadline = LinkWatch::Clock::now() + settings_.logonTimeout;
+    std::unique_lock const attempt(connecting_, deadline);
+    if (!attempt.owns_lock()) {
+        throw ZANCannotConnectException(described("an attempt to connect takes too long"));
+    }
+    bool const wasLoggedOn = watch_.isLoggedOn();
+    disconnect("the sequence numbers are reset");
+    std::string const who = user.empty() ? "an application without a user name" : user;
+    history_.guarded([&] { session_->resetNumbers("sequence numbers reset to 1 by " + who); });
+    if (wasLoggedOn) {
+        FixFields fields;
+        {
+            std::lock_guard const lock(fieldsMutex_);
+            fields = logonFields_;
+        }
+        logOn(fields, LinkWatch::Clock::now() + settings_.logonTimeout);
+    }
+}
+
 bool Connection::ping(std::chrono::milliseconds timeout) {
     auto const deadline = LinkWatch::Clock::now() + timeout;
     if (!watch_.isLoggedOn()) {
@@ -113,87 +146,37 @@ bool Connection::ping(std::chrono::milliseconds timeout) {
     }
     std::string const id = "PING-" + std::to_string(++pings_);
     watch_.expectAnswer(id);
-    bool const isSent = session_->send("1", {{112, id}}, timeout) == FixSendResult::sent;
+    std::vector<long> ids;
+    bool const isSent = session_->send({{"1", {{112, id}}}}, timeout, ids) == FixSendResult::sent;
     return watch_.waitForAnswer(id, isSent ? deadline : LinkWatch::Clock::now());
-}
-
-long Connection::send(MessageKind kind, std::string const& text) {
-    try {
-        return send(kind, outgoingFromText(text, dictionary_));
-    } catch (MalformedMessage const& e) {
-        fail<ZANInvalidMessageException>(described(e.what()));
-    }
-}
-
-long Connection::send(MessageKind kind, counted_ptr<ZANMessage> const& message) {
-    try {
-        counted_ptr<ZANFieldGroup> const model =
-            message ? message->getFieldGroup() : counted_ptr<ZANFieldGroup>();
-        if (!model) {
-            throw MalformedMessage("the message has no field group");
-        }
-        return send(kind, outgoingFromModel(*model, dictionary_));
-    } catch (MalformedMessage const& e) {
-        fail<ZANInvalidMessageException>(described(e.what()));
-    }
-}
-
-long Connection::send(MessageKind kind, OutgoingMessage const& message) {
-    // Logons, logouts and the numbering are the session's: it would lose count.
-    bool const isSessions = message.type == "A" || message.type == "5" || message.type == "4";
-    if (isSessions || message.isAdmin() != (kind == MessageKind::Admin)) {
-        refuse(kind, message);
-    }
-    if (!watch_.isLoggedOn()) {
-        fail<ZANNotConnectedException>(described("not logged on"));
-    }
-    if (!queue_.isDelivering() && !queue_.waitForRoom(sendPatience)) {
-        fail<ZANConnectionUnavailableException>(
-            described("the listeners take no events; nothing was sent"));
-    }
-    return sendNow(message);
-}
-
-void Connection::refuse(MessageKind kind, OutgoingMessage const& message) const {
-    std::string const type = "tag 35: message type " + message.type;
-    if (!message.isAdmin()) {
-        throw MalformedMessage(type + " is an application message; sendMessage would be right");
-    }
-    if (kind == MessageKind::App) {
-        throw MalformedMessage(type +
-                               " is an administrative message; sendAdminMessage would be right");
-    }
-    throw MalformedMessage(type + " is sent by the engine itself; connect, disconnect or "
-                                  "resetConnection would be right");
-}
-
-long Connection::sendNow(OutgoingMessage const& message) {
-    long id = 0;
-    idOfSend = &id;
-    FixSendResult const result = session_->send(message.type, message.body, sendPatience);
-    idOfSend = nullptr;
-    switch (result) {
-    case FixSendResult::sent:
-        return id;
-    case FixSendResult::notLoggedOn:
-        fail<ZANNotConnectedException>(described("not logged on"));
-    case FixSendResult::peerTooSlow:
-        fail<ZANConnectionUnavailableException>(
-            described("the counterparty does not read; nothing was sent"));
-    case FixSendResult::refused:
-        break;
-    }
-    fail<ZANPersistentStorageException>(described(watch_.state().lastError));
 }
 
 std::string Connection::properties() const {
     std::lock_guard const lock(fieldsMutex_);
-    return propertiesText(settings_, dataFolder_, logonFields_);
+    return propertiesText(settings_, logFile_, logonFields_);
 }
 
-void Connection::stop(std::string const& reason) {
+void Connection::stop(std::string const& reason, std::chrono::milliseconds patience) {
     disconnect(reason);
-    queue_.stop();
+    bool const isLate = !queue_.stop(patience) && patience > 0ms;
+    if (isLate) {
+        report(name(), "a listener does not return; it is left behind");
+    }
+    try {
+        log_.flushMarks();
+    } catch (LogFailure const& e) {
+        report(name(), e.what());
+    }
+}
+
+void Connection::maintain() {
+    log_.maintain();
+    bool const isStuck = queue_.timeOfDelivery() > longDelivery;
+    if (isStuck && !isStuckReported_) {
+        report(name(), "a listener has not returned for " + std::to_string(longDelivery / 1s) +
+                           " s; the connection waits for it");
+    }
+    isStuckReported_ = isStuck;
 }
 
 void Connection::linkUp(std::string const& local, std::string const& remote) {
@@ -216,23 +199,20 @@ void Connection::trouble(FixTrouble kind, std::string const& text) {
     watch_.trouble(kind, text);
 }
 
-void Connection::received(std::string const& message, bool admin) {
-    queue_.push(message, admin);
-    if (admin) {
-        watch_.receivedAdmin(message);
+// Under the turn of the log, so that the queue has the log's order.
+void Connection::logged(std::vector<FixEntry>& entries) {
+    watch_.stored();
+    std::erase_if(entries, [](FixEntry const& entry) { return !isDelivered(entry.origin); });
+    for (FixEntry const& entry : entries) {
+        if (entry.stream == FixStream::adminIn) {
+            watch_.receivedAdmin(entry.text);
+        } else if (entry.stream == FixStream::adminOut) {
+            watch_.sentAdmin(entry.text);
+        }
     }
+    queue_.push(entries);
     if (!queue_.hasRoom()) {
         setReading();
-    }
-}
-
-void Connection::sent(std::string const& message, bool admin) {
-    long const id = queue_.push(message, admin);
-    if (idOfSend) {
-        *std::exchange(idOfSend, nullptr) = id;
-    }
-    if (admin) {
-        watch_.sentAdmin(message);
     }
 }
 

@@ -1,5 +1,5 @@
-/// One named connection of the engine: its session, its state, and the delivery of what happens to
-/// its listeners.
+/// One named connection of the engine: its session, its state, its message log, and the delivery of
+/// what happens to its listeners.
 ///
 /// Threads: any, unless an operation says otherwise. Listeners are called on the connection's own
 /// delivery thread, without a lock, and may call every operation.
@@ -12,16 +12,21 @@
 #include "server/config/SessionFile.h"
 #include "server/engine/DeliveryQueue.h"
 #include "server/engine/LinkWatch.h"
+#include "server/engine/MessageHistory.h"
+#include "server/engine/SendQueue.h"
 #include "server/engine/Subscribers.h"
 #include "server/engine/TimedTurn.h"
+#include "server/log/MessageLog.h"
 #include "server/sessions/FixSession.h"
 #include "server/wire/OutgoingMessage.h"
 
 #include <atomic>
 #include <functional>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace zan::server {
 
@@ -34,37 +39,56 @@ enum class MessageKind { Admin, App };
 
 class Connection final : private FixSessionEvents {
 public:
-    /// Throws `WrongConfigurationException` when the session cannot be set up so.
+    /// Throws `WrongConfigurationException` when the session or its log cannot be set up so, and
+    /// `LogFailure` when the log cannot be read.
     Connection(ConnectionSettings settings, std::string const& dataFolder, EventSink sink);
 
-    /// Stops the connection.
     ~Connection() override;
     Connection(Connection const&) = delete;
     Connection& operator=(Connection const&) = delete;
 
+    /// Begins to deliver; the delivery thread holds `owner`, which has this connection, until it
+    /// ends.
+    void start(std::shared_ptr<void> owner);
+
     std::string const& name() const { return settings_.name; }
 
     /// Logs on, adding these fields to the Logon; they stand until the next `connect`. Returns at
-    /// once when the session is logged on. Throws `ZANCannotConnectException`, or
-    /// `ZANInvalidLogonException` with the counterparty's words, no later than the LogonTimeout.
-    /// After a failure nothing goes on in the background; after a success the session logs on again
-    /// by itself whenever the link is lost. Null is no fields.
+    /// once when the session is logged on. Throws `ZANCannotConnectException`,
+    /// `ZANInvalidLogonException` with the counterparty's words, or
+    /// `ZANPersistentStorageException`, no later than the LogonTimeout. After a failure nothing
+    /// goes on in the background; after a success the session logs on again by itself whenever the
+    /// link is lost. Null is no fields.
     void connect(ZANFieldGroup const* logonFields);
 
     /// Logs out and closes the link; returns when it is closed. Ends an attempt to connect.
     void disconnect(std::string const& reason);
+
+    /// Both sequence numbers are 1 again, here and, with the next Logon, at the counterparty. A
+    /// session that is logged on logs out before and on again after it, and throws like `connect`.
+    /// The log tells that `user` did it.
+    void resetNumbers(std::string const& user);
 
     /// True when the counterparty answered a test request in this time.
     bool ping(std::chrono::milliseconds timeout);
 
     bool isConnected() const { return watch_.isLoggedOn(); }
 
-    /// Sends a message and returns its number within the connection. Throws
-    /// `ZANInvalidMessageException`, `ZANNotConnectedException`,
-    /// `ZANConnectionUnavailableException` when the counterparty or the listeners take nothing for
-    /// too long, and `ZANPersistentStorageException`.
+    // Sending and posting return the message's number within the connection, or how many were sent,
+    // once everything is committed to the log. They throw `ZANInvalidMessageException`,
+    // `ZANPersistentStorageException`, and `ZANConnectionUnavailableException` when the
+    // counterparty or the listeners take nothing for too long; sending also
+    // `ZANNotConnectedException`. Several messages are stored in one transaction, all or none.
+
     long send(MessageKind kind, std::string const& text);
     long send(MessageKind kind, counted_ptr<ZANMessage> const& message);
+    void send(Messages const& messages);
+    long resend(infra::Time const& from, infra::Time const& to, std::string const& filter);
+
+    /// Stores messages for the listeners; the counterparty does not get them.
+    long post(std::string const& text);
+    long post(counted_ptr<ZANMessage> const& message);
+    void post(Messages const& messages);
 
     LinkState state() const { return watch_.state(); }
 
@@ -72,9 +96,22 @@ public:
     std::string properties() const;
 
     Subscribers& subscribers() { return subscribers_; }
+    MessageHistory& history() { return history_; }
+    MessageLog& log() { return log_; }
 
-    /// Logs out, delivers what waits, and ends all threads. Not from a listener.
-    void stop(std::string const& reason);
+    /// Delivers again what lies above the marks of this subscriber and passes the sieve, to the
+    /// listeners that have the sieve. The future is ready when that is done, or when the connection
+    /// has stopped.
+    std::future<void> redeliver(std::string const& subscriber,
+                                std::shared_ptr<MessageSieve> const& sieve);
+
+    /// Logs out, delivers what waits, and ends all threads. A listener that does not return in
+    /// `patience` is left behind: the delivery thread ends after it.
+    void stop(std::string const& reason, std::chrono::milliseconds patience);
+
+    /// To be called every few hundred milliseconds: keeps the log in order, and tells an operator
+    /// of a listener that does not return.
+    void maintain();
 
     /// Whether the caller is a listener of this connection.
     bool isDelivering() const { return queue_.isDelivering(); }
@@ -84,37 +121,49 @@ private:
     void linkDown() override;
     void loggedOn(int heartbeatSeconds) override;
     void loggedOff() override;
-    void received(std::string const& message, bool admin) override;
-    void sent(std::string const& message, bool admin) override;
+    void logged(std::vector<FixEntry>& entries) override;
     void trouble(FixTrouble kind, std::string const& text) override;
 
+    void logOn(FixFields const& fields, LinkWatch::Clock::time_point deadline);
     void endSession();
     void setReading();
-    long send(MessageKind kind, OutgoingMessage const& message);
-    long sendNow(OutgoingMessage const& message);
-    [[noreturn]] void refuse(MessageKind kind, OutgoingMessage const& message) const;
+    FixSendResult sendTogether(std::vector<FixOutgoing> const& messages, std::vector<long>& ids);
+    std::vector<long> sendAll(std::vector<FixOutgoing> messages);
+    std::vector<long> postAll(std::vector<OutgoingMessage> const& messages);
+    void waitForListeners();
+    [[noreturn]] void failToSend(FixSendResult result);
     [[noreturn]] void failToConnect(LogonResult const& result) const;
     std::string described(std::string const& what) const;
+    template <class Convert>
+    OutgoingMessage converted(MessageKind kind, Convert convert) const;
+    std::vector<OutgoingMessage> converted(Messages const& messages) const;
 
     void deliver(Delivery const& delivery);
-    void deliverMessage(WireMessage const& message);
+    void deliverMessage(FixEntry const& entry);
     void deliverState(LinkState const& state);
+    void redeliverUpTo(long lastId, std::string const& subscriber, MessageSieve& sieve);
+    void redeliver(FixEntry const& entry, MessageSieve& sieve);
+    bool isWanted(FixEntry const& entry, Subscriber const& subscriber) const;
     template <class Call>
     void guarded(std::string const& what, Call call) const;
 
     ConnectionSettings const settings_;
-    GroupDictionary const dictionary_;
+    CompiledDictionary const dictionary_;
     EventSink const sink_;
-    std::string const dataFolder_;
+    std::string const logFile_;
+    MessageLog log_;
     Subscribers subscribers_;
     DeliveryQueue queue_;
     LinkWatch watch_;
+    MessageHistory history_;
     std::unique_ptr<FixSession> session_;
+    SendQueue sendQueue_;
     TimedTurn connecting_; // one attempt to connect at a time
     std::mutex lifecycle_; // one start or stop of the session at a time
     mutable std::mutex fieldsMutex_;
     FixFields logonFields_;
     std::atomic<long> pings_{0};
+    bool isStuckReported_ = false; // of `maintain` alone
 };
 
 } // namespace zan::server

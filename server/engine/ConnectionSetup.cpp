@@ -5,13 +5,14 @@
 #include "server/dictionaries/Dictionaries.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
 
 namespace zan::server {
 
 namespace {
 
-// The engine keeps the session's numbers in its own folder, wherever else a file points to.
+// Stores and logs of a file that other programs share: the engine keeps its own log.
 bool isReplaced(std::string_view key) {
     return key == "FileStorePath";
 }
@@ -39,28 +40,32 @@ GroupDictionary loadDictionary(ConnectionSettings const& settings) {
     }
 }
 
-FixSessionSettings sessionSettings(ConnectionSettings const& settings,
-                                   std::string const& dataFolder,
-                                   GroupDictionary const& dictionary) {
+LogSettings logSettings(ConnectionSettings const& settings, std::string const& dataFolder) {
+    return {(std::filesystem::path(dataFolder) / (settings.name + ".log")).string(),
+            settings.valueOf("Durability", "normal") == "full"};
+}
+
+FixSessionSettings sessionSettings(ConnectionSettings const& settings, FixSessionStore& store) {
     FixSessionSettings session;
     std::ranges::copy_if(settings.keys, std::back_inserter(session.keys), [](auto const& entry) {
         return !isEngineKey(entry.first) && !isReplaced(entry.first);
     });
-    session.keys.emplace_back("FileStorePath", dataFolder);
-    session.groups = dictionary;
+    session.store = &store;
     return session;
 }
 
-std::string propertiesText(ConnectionSettings const& settings, std::string const& dataFolder,
+std::string propertiesText(ConnectionSettings const& settings, std::string const& logFile,
                            FixFields const& logonFields) {
+    constexpr std::string_view ours[] = {"ConnectionName", "Durability", "LogonTimeout"};
     std::string text = line("ConnectionName", settings.name, false);
     for (auto const& [key, value] : settings.keys) {
-        if (key != "ConnectionName" && key != "LogonTimeout" && !isReplaced(key)) {
+        if (std::ranges::find(ours, key) == std::end(ours) && !isReplaced(key)) {
             text += line(key, value, isSecretKey(key));
         }
     }
     text += line("LogonTimeout", std::to_string(settings.logonTimeout.count()), false);
-    text += line("FileStorePath", dataFolder, false);
+    text += line("Durability", settings.valueOf("Durability", "normal"), false);
+    text += line("MessageLog", logFile, false);
     for (FixField const& field : logonFields) {
         text += line("Logon." + std::to_string(field.tag), field.value, isSecretTag(field.tag));
     }

@@ -5,7 +5,9 @@
 #define ZANENGINE_SERVER_ENGINE_CONNECTIONSETUP_H
 
 #include "server/config/SessionFile.h"
+#include "server/log/MessageLog.h"
 #include "server/sessions/FixSession.h"
+#include "server/sessions/GroupDictionary.h"
 
 #include <string>
 
@@ -15,13 +17,14 @@ namespace zan::server {
 /// built in for its version. Throws `WrongConfigurationException`.
 GroupDictionary loadDictionary(ConnectionSettings const& settings);
 
-FixSessionSettings sessionSettings(ConnectionSettings const& settings,
-                                   std::string const& dataFolder,
-                                   GroupDictionary const& dictionary);
+/// The file of the connection's message log in this folder, and how durable it has to be.
+LogSettings logSettings(ConnectionSettings const& settings, std::string const& dataFolder);
+
+FixSessionSettings sessionSettings(ConnectionSettings const& settings, FixSessionStore& store);
 
 /// One `key=value` a line: the effective settings, then the fields that are added to the Logon.
 /// The values of secrets are shown as `***`.
-std::string propertiesText(ConnectionSettings const& settings, std::string const& dataFolder,
+std::string propertiesText(ConnectionSettings const& settings, std::string const& logFile,
                            FixFields const& logonFields);
 
 } // namespace zan::server

@@ -1,52 +1,78 @@
 #include "server/engine/DeliveryQueue.h"
 
-#include <limits>
+#include <iterator>
 #include <utility>
 
 namespace zan::server {
 
+namespace {
+
+// A listener that was just about to return gets this much more.
+constexpr std::chrono::milliseconds grace{200};
+
+} // namespace
+
 DeliveryQueue::DeliveryQueue(std::function<void(Delivery const&)> deliver,
-                             std::function<void()> roomAgain)
-    : deliver_(std::move(deliver)), roomAgain_(std::move(roomAgain)) {}
+                             std::function<void()> roomAgain, long lastId)
+    : deliver_(std::move(deliver)), roomAgain_(std::move(roomAgain)), lastId_(lastId) {}
 
 DeliveryQueue::~DeliveryQueue() {
-    stop();
+    stop(std::chrono::milliseconds::zero());
 }
 
-void DeliveryQueue::start() {
-    thread_ = std::thread([this] { run(); });
+void DeliveryQueue::start(std::shared_ptr<void> owner) {
+    thread_ = std::thread([this, owner = std::move(owner)] { run(); });
 }
 
-void DeliveryQueue::stop() {
-    {
-        std::lock_guard const lock(mutex_);
-        isStopping_ = true;
-    }
+bool DeliveryQueue::stop(std::chrono::milliseconds patience) {
+    std::unique_lock lock(mutex_);
+    isStopping_ = true;
     filled_.notify_all();
     emptied_.notify_all();
-    if (thread_.joinable()) {
-        thread_.join();
+    if (!thread_.joinable()) {
+        waiting_.clear();
+        return true;
     }
+    auto const isFinished = [this] { return isFinished_; };
+    if (!finished_.wait_for(lock, patience, isFinished)) {
+        isDropping_ = true;
+        if (isDelivering() || !finished_.wait_for(lock, grace, isFinished)) {
+            thread_.detach();
+            return false;
+        }
+    }
+    lock.unlock();
+    thread_.join();
+    return true;
 }
 
-long DeliveryQueue::push(std::string const& text, bool isAdmin) {
-    WireMessage message{text, isAdmin, 0, nowMillis()};
-    long id = 0;
+void DeliveryQueue::push(std::vector<FixEntry>& entries) {
+    if (entries.empty()) {
+        return;
+    }
     {
         std::lock_guard const lock(mutex_);
-        // Applications get the number as 32 bits.
-        lastId_ = lastId_ == std::numeric_limits<std::int32_t>::max() ? 1 : lastId_ + 1;
-        id = message.id = lastId_;
-        waiting_.emplace_back(std::move(message));
+        lastId_ = entries.back().id;
+        std::ranges::move(entries, std::back_inserter(waiting_));
     }
     filled_.notify_one();
-    return id;
 }
 
 void DeliveryQueue::push(LinkState const& state) {
     {
         std::lock_guard const lock(mutex_);
         waiting_.emplace_back(state);
+    }
+    filled_.notify_one();
+}
+
+void DeliveryQueue::push(std::function<void(long lastId)> errand) {
+    {
+        std::lock_guard const lock(mutex_);
+        if (isStopping_) {
+            return;
+        }
+        waiting_.emplace_back(Errand{std::move(errand), lastId_});
     }
     filled_.notify_one();
 }
@@ -66,26 +92,52 @@ bool DeliveryQueue::isDelivering() const {
     return std::this_thread::get_id() == deliveringThread_;
 }
 
+std::chrono::milliseconds DeliveryQueue::timeOfDelivery() const {
+    Clock::duration const began = began_;
+    if (began == Clock::duration::zero()) {
+        return std::chrono::milliseconds::zero();
+    }
+    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now().time_since_epoch() -
+                                                                 began);
+}
+
+// The thread's own hold on the owner goes after this: nothing of the queue is touched then.
 void DeliveryQueue::run() {
     deliveringThread_ = std::this_thread::get_id();
     std::vector<Delivery> batch;
-    while (true) {
-        {
-            std::unique_lock lock(mutex_);
-            filled_.wait(lock, [this] { return !waiting_.empty() || isStopping_; });
-            if (waiting_.empty()) {
-                return;
-            }
-            batch.swap(waiting_);
-        }
+    while (take(batch)) {
         if (batch.size() >= capacity) {
             emptied_.notify_all();
             roomAgain_();
         }
-        for (Delivery const& delivery : batch) {
-            deliver_(delivery);
-        }
+        deliverAll(batch);
         batch.clear();
+    }
+    deliveringThread_ = std::thread::id();
+    std::lock_guard const lock(mutex_);
+    waiting_.clear();
+    isFinished_ = true;
+    finished_.notify_all();
+}
+
+bool DeliveryQueue::take(std::vector<Delivery>& batch) {
+    std::unique_lock lock(mutex_);
+    filled_.wait(lock, [this] { return !waiting_.empty() || isStopping_; });
+    if (waiting_.empty() || isDropping_) {
+        return false;
+    }
+    batch.swap(waiting_);
+    return true;
+}
+
+void DeliveryQueue::deliverAll(std::vector<Delivery> const& batch) {
+    for (Delivery const& delivery : batch) {
+        if (isDropping_) {
+            return;
+        }
+        began_ = Clock::now().time_since_epoch();
+        deliver_(delivery);
+        began_ = Clock::duration::zero();
     }
 }
 

@@ -5,29 +5,28 @@
 #define ZANENGINE_SERVER_ENGINE_DELIVERYQUEUE_H
 
 #include "server/engine/LinkState.h"
+#include "server/sessions/FixSessionStore.h"
 
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
-#include <string>
 #include <thread>
 #include <variant>
 #include <vector>
 
 namespace zan::server {
 
-/// A message as it was on the wire.
-struct WireMessage {
-    std::string text;
-    bool isAdmin;
-    /// Its number within the connection, given by the queue.
-    long id = 0;
-    double millis = 0;
+/// Something to be done on the delivery thread, between two events.
+struct Errand {
+    std::function<void(long lastId)> run;
+    /// The newest message that comes before it in the queue, or came before it.
+    long lastId = 0;
 };
 
-using Delivery = std::variant<WireMessage, LinkState>;
+using Delivery = std::variant<FixEntry, LinkState, Errand>;
 
 class DeliveryQueue {
 public:
@@ -35,21 +34,28 @@ public:
     static constexpr std::size_t capacity = 4096;
 
     /// `deliver` gets every entry in order, on the queue's thread; it must not throw. `roomAgain`
-    /// is called there when entries were taken out of a full queue.
-    DeliveryQueue(std::function<void(Delivery const&)> deliver, std::function<void()> roomAgain);
+    /// is called there when entries were taken out of a full queue. `lastId` is the newest message
+    /// of before.
+    DeliveryQueue(std::function<void(Delivery const&)> deliver, std::function<void()> roomAgain,
+                  long lastId);
     ~DeliveryQueue();
     DeliveryQueue(DeliveryQueue const&) = delete;
     DeliveryQueue& operator=(DeliveryQueue const&) = delete;
 
-    void start();
+    /// The thread holds `owner`, which has this queue, until it ends.
+    void start(std::shared_ptr<void> owner);
 
-    /// Delivers what waits, then ends the thread.
-    void stop();
+    /// Delivers what waits, then ends the thread. What is not delivered when `patience` is over is
+    /// dropped; then it returns false while a listener still runs, and the thread ends after it.
+    bool stop(std::chrono::milliseconds patience);
 
-    /// Never blocks, and takes an entry also beyond the capacity: it stands under the lock of a
-    /// session. Sources look at `hasRoom` and hold back. Returns the message's number.
-    long push(std::string const& text, bool isAdmin);
+    /// Never blocks, and takes entries also beyond the capacity: it stands under the lock of a
+    /// session. Sources look at `hasRoom` and hold back. Entries are moved out of the vector.
+    void push(std::vector<FixEntry>& entries);
     void push(LinkState const& state);
+
+    /// The errand is dropped without being run when the queue stops before its turn.
+    void push(std::function<void(long lastId)> errand);
 
     bool hasRoom() const;
 
@@ -59,19 +65,33 @@ public:
     /// Whether the caller runs inside `deliver`.
     bool isDelivering() const;
 
+    /// Whether the patience with the listeners is over: a long delivery then ends early.
+    bool isDropping() const { return isDropping_; }
+
+    /// How long the delivery that is under way has taken; zero when there is none.
+    std::chrono::milliseconds timeOfDelivery() const;
+
 private:
+    using Clock = std::chrono::steady_clock;
+
     void run();
+    bool take(std::vector<Delivery>& batch);
+    void deliverAll(std::vector<Delivery> const& batch);
 
     std::function<void(Delivery const&)> const deliver_;
     std::function<void()> const roomAgain_;
     mutable std::mutex mutex_;
     std::condition_variable filled_;
     std::condition_variable emptied_;
+    std::condition_variable finished_;
     std::vector<Delivery> waiting_;
-    long lastId_ = 0;
+    long lastId_;
     bool isStopping_ = false;
+    bool isFinished_ = false;
+    std::atomic<bool> isDropping_{false};
     std::thread thread_;
     std::atomic<std::thread::id> deliveringThread_;
+    std::atomic<Clock::duration> began_{Clock::duration::zero()};
 };
 
 } // namespace zan::server

@@ -1,36 +1,81 @@
 #include "server/engine/Engine.h"
 
 #include "errors/ZANConnectionUnknownException.h"
-#include "errors/ZANEngineException.h"
+#include "errors/ZANPersistentStorageException.h"
 #include "server/engine/EngineErrors.h"
 
 #include <algorithm>
-#include <thread>
 #include <utility>
 
 namespace zan::server {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds keepersInterval = 250ms;
+
+// How long a stop waits for listeners to take what waits for them.
+constexpr std::chrono::milliseconds patienceWithListeners = 10s;
+
+} // namespace
+
+std::shared_ptr<Engine> Engine::make(std::vector<ConnectionSettings> connections,
+                                     std::string const& dataFolder, EventSink const& sink) {
+    std::shared_ptr<Engine> engine(new Engine(std::move(connections), dataFolder, sink));
+    engine->start();
+    return engine;
+}
 
 Engine::Engine(std::vector<ConnectionSettings> connections, std::string const& dataFolder,
                EventSink const& sink)
     : folder_(dataFolder) {
     for (ConnectionSettings& settings : connections) {
-        connections_.push_back(
-            std::make_unique<Connection>(std::move(settings), folder_.path(), sink));
+        try {
+            connections_.push_back(
+                std::make_unique<Connection>(std::move(settings), folder_.path(), sink));
+        } catch (LogFailure const& e) {
+            fail<ZANPersistentStorageException>(e.what());
+        }
     }
 }
 
+// Where a listener held the engine longest, this runs on its delivery thread.
 Engine::~Engine() = default;
 
-void Engine::stop() {
-    bool const isListener = std::ranges::any_of(
-        connections_, [](auto const& connection) { return connection->isDelivering(); });
-    if (isListener) {
-        throw ZANEngineException("a listener cannot stop the engine that is calling it");
+void Engine::start() {
+    for (auto const& connection : connections_) {
+        connection->start(shared_from_this());
     }
+    keeper_ = std::thread([this] { keep(); });
+}
+
+void Engine::keep() {
+    std::unique_lock lock(keeperMutex_);
+    while (!keeperWakes_.wait_for(lock, keepersInterval, [this] { return isStopping_; })) {
+        lock.unlock();
+        for (auto const& connection : connections_) {
+            connection->maintain();
+        }
+        lock.lock();
+    }
+}
+
+void Engine::stop() {
+    {
+        std::lock_guard const lock(keeperMutex_);
+        if (std::exchange(isStopping_, true)) {
+            return;
+        }
+    }
+    keeperWakes_.notify_all();
+    keeper_.join();
     // Each waits for its counterparty's answer: at the same time, not one after the other.
     std::vector<std::thread> stopping;
     for (auto const& connection : connections_) {
-        stopping.emplace_back([&connection] { connection->stop("the engine stops"); });
+        auto const patience = connection->isDelivering() ? 0ms : patienceWithListeners;
+        stopping.emplace_back(
+            [&connection, patience] { connection->stop("the engine stops", patience); });
     }
     for (std::thread& thread : stopping) {
         thread.join();
@@ -44,6 +89,11 @@ Connection& Engine::connection(std::string const& name) const {
         fail<ZANConnectionUnknownException>("this engine has no connection \"" + name + "\"");
     }
     return **found;
+}
+
+bool Engine::isDelivering() const {
+    return std::ranges::any_of(connections_,
+                               [](auto const& connection) { return connection->isDelivering(); });
 }
 
 } // namespace zan::server

@@ -1,32 +1,36 @@
 /// The engine: the connections of a session file, by name.
 ///
-/// Threads: any, but for construction and `stop`, which belong to the owner.
+/// Threads: any, but for making it and `start`, which belong to the owner.
 #ifndef ZANENGINE_SERVER_ENGINE_ENGINE_H
 #define ZANENGINE_SERVER_ENGINE_ENGINE_H
 
 #include "server/engine/Connection.h"
 #include "server/engine/DataFolder.h"
 
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace zan::server {
 
-class Engine {
+class Engine final : public std::enable_shared_from_this<Engine> {
 public:
     /// Takes the data folder and sets the connections up; none of them connects by itself. Throws
-    /// `WrongConfigurationException`.
-    Engine(std::vector<ConnectionSettings> connections, std::string const& dataFolder,
-           EventSink const& sink);
+    /// `WrongConfigurationException`, and `ZANPersistentStorageException` when a message log cannot
+    /// be read.
+    static std::shared_ptr<Engine> make(std::vector<ConnectionSettings> connections,
+                                        std::string const& dataFolder, EventSink const& sink);
 
-    /// Stops the engine.
     ~Engine();
     Engine(Engine const&) = delete;
     Engine& operator=(Engine const&) = delete;
 
-    /// Logs every connection out, delivers what waits and ends all threads. A listener must not
-    /// call it: throws `ZANEngineException`, and nothing is stopped.
+    /// Logs every connection out, delivers what waits and ends all threads; a second call does
+    /// nothing. A listener may call it: what waits for its own connection is then dropped, and that
+    /// connection's delivery thread, which holds the engine, ends when the listener returns.
     void stop();
 
     /// In the order of the session file.
@@ -35,9 +39,21 @@ public:
     /// Throws `ZANConnectionUnknownException`.
     Connection& connection(std::string const& name) const;
 
+    /// Whether the caller is a listener of one of the connections.
+    bool isDelivering() const;
+
 private:
+    Engine(std::vector<ConnectionSettings> connections, std::string const& dataFolder,
+           EventSink const& sink);
+    void start();
+    void keep();
+
     DataFolder const folder_;
     std::vector<std::unique_ptr<Connection>> connections_;
+    std::mutex keeperMutex_;
+    std::condition_variable keeperWakes_;
+    bool isStopping_ = false;
+    std::thread keeper_;
 };
 
 } // namespace zan::server

@@ -1,7 +1,5 @@
 #include "server/engine/LinkState.h"
 
-#include <chrono>
-
 namespace zan::server {
 
 counted_ptr<ZANConnectionState> LinkState::record() const {
@@ -10,12 +8,6 @@ counted_ptr<ZANConnectionState> LinkState::record() const {
     record->setLocalAddress(local);
     record->setRemoteAddress(remote);
     return record;
-}
-
-double nowMillis() {
-    using namespace std::chrono;
-    auto const now = system_clock::now().time_since_epoch();
-    return static_cast<double>(duration_cast<milliseconds>(now).count());
 }
 
 } // namespace zan::server

@@ -25,9 +25,6 @@ struct LinkState {
     counted_ptr<ZANConnectionState> record() const;
 };
 
-/// Now, in milliseconds since 1970-01-01 00:00:00 UTC.
-double nowMillis();
-
 } // namespace zan::server
 
 #endif

@@ -1,5 +1,6 @@
 #include "server/engine/LinkWatch.h"
 
+#include "infra/Time.h"
 #include "server/wire/FieldText.h"
 
 #include <utility>
@@ -12,8 +13,8 @@ constexpr int messageTypeTag = 35;
 constexpr int textTag = 58;
 constexpr int testRequestIdTag = 112;
 
-constexpr long whatALinkHeals =
-    FLAG_LOGGED_OUT | FLAG_DISCONNECTED | FLAG_TIMED_OUT | FLAG_BROKEN | FLAG_UNREACHABLE;
+constexpr long whatALinkHeals = FLAG_LOGGED_OUT | FLAG_DISCONNECTED | FLAG_TIMED_OUT | FLAG_BROKEN |
+                                FLAG_UNREACHABLE | FLAG_UNAVAILABLE;
 
 long flagOf(FixTrouble kind) {
     switch (kind) {
@@ -23,6 +24,8 @@ long flagOf(FixTrouble kind) {
         return FLAG_TIMED_OUT;
     case FixTrouble::badBytes:
         return FLAG_BROKEN;
+    case FixTrouble::storage:
+        return FLAG_DB_ERROR;
     case FixTrouble::session:
         break;
     }
@@ -37,7 +40,7 @@ LinkWatch::LinkWatch(std::function<void(LinkState const&)> publish)
 // The lock is held by all that call this.
 void LinkWatch::change(long enter, long leave) {
     state_.flags = (state_.flags & ~leave) | enter;
-    state_.changed = nowMillis();
+    state_.changed = static_cast<double>(infra::Time::now().getMillis());
     publish_(state_);
     changed_.notify_all();
 }
@@ -100,11 +103,29 @@ void LinkWatch::trouble(FixTrouble kind, std::string const& text) {
     state_.lastError = text;
     if (kind == FixTrouble::unreachable || kind == FixTrouble::timedOut) {
         endLogon(LogonResult::Outcome::Failed, text);
+    } else if (kind == FixTrouble::storage) {
+        endLogon(LogonResult::Outcome::NotStored, text);
     }
     // A counterparty that stays away is reported once, not with every attempt.
     if (isNews) {
         change(flag, 0);
     }
+}
+
+void LinkWatch::stored() {
+    std::lock_guard const lock(mutex_);
+    if (state_.has(FLAG_DB_ERROR)) {
+        change(0, FLAG_DB_ERROR);
+    }
+}
+
+void LinkWatch::setUnavailable(bool on, std::string const& text) {
+    std::lock_guard const lock(mutex_);
+    if (on == state_.has(FLAG_UNAVAILABLE) || !state_.has(FLAG_LINK_ACTIVE)) {
+        return;
+    }
+    state_.lastError = text;
+    change(on ? FLAG_UNAVAILABLE : 0, FLAG_UNAVAILABLE);
 }
 
 void LinkWatch::receivedAdmin(std::string const& message) {

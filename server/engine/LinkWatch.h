@@ -18,7 +18,7 @@ namespace zan::server {
 
 /// How an attempt to log on ended.
 struct LogonResult {
-    enum class Outcome { Pending, LoggedOn, Refused, Failed };
+    enum class Outcome { Pending, LoggedOn, Refused, NotStored, Failed };
     Outcome outcome = Outcome::Pending;
     std::string reason;
 };
@@ -38,10 +38,15 @@ public:
     void loggedOn(int heartbeatSeconds);
     void loggedOff();
     void trouble(FixTrouble kind, std::string const& text);
+    /// Something was stored: what was in the way of it is gone.
+    void stored();
     void receivedAdmin(std::string const& message);
     void sentAdmin(std::string const& message);
 
     // What operations ask, and what they do.
+
+    /// The counterparty reads nothing, or does again.
+    void setUnavailable(bool on, std::string const& text);
 
     /// The session was stopped: if the link was still up, it is down now, and nobody is to blame.
     void stopped();

@@ -6,47 +6,110 @@
 
 namespace zan::server {
 
-void Subscribers::add(counted_ptr<IZANEventListener> const& listener, EventKinds kinds) {
+namespace {
+
+EventKinds joined(EventKinds left, EventKinds right) {
+    return {left.admin || right.admin, left.app || right.app, left.state || right.state};
+}
+
+EventKinds without(EventKinds left, EventKinds right) {
+    return {left.admin && !right.admin, left.app && !right.app, left.state && !right.state};
+}
+
+} // namespace
+
+void const* Subscriber::identity() const {
+    return plain ? static_cast<void const*>(plain.get()) : guaranteed.get();
+}
+
+void Subscriber::processEvent(counted_ptr<ZANEvent> const& event) const {
+    if (plain) {
+        plain->processEvent(event);
+    } else {
+        guaranteed->processEvent(event);
+    }
+}
+
+void Subscriber::processStateEvent(counted_ptr<ZANConnectionStateEvent> const& event) const {
+    if (plain) {
+        plain->processStateEvent(event);
+    } else {
+        guaranteed->processStateEvent(event);
+    }
+}
+
+// The lock is held by all that call this.
+Subscribers::Shared* Subscribers::find(void const* identity) {
+    auto const found = std::ranges::find(subscribers_, identity,
+                                         [](Shared const& entry) { return entry->identity(); });
+    return found == subscribers_.end() ? nullptr : &*found;
+}
+
+void Subscribers::add(PlainListener const& listener, EventKinds kinds) {
     if (!listener || !kinds.any()) {
         return;
     }
     std::lock_guard const lock(mutex_);
-    auto const found = std::ranges::find_if(
-        subscribers_, [&](Shared const& entry) { return entry->listener == listener; });
-    if (found == subscribers_.end()) {
-        subscribers_.push_back(std::make_shared<Subscriber>(Subscriber{listener, kinds}));
-        return;
+    if (Shared* const known = find(listener.get())) {
+        (*known)->kinds = joined((*known)->kinds, kinds);
+    } else {
+        subscribers_.push_back(
+            std::make_shared<Subscriber>(Subscriber{listener, nullptr, nullptr, kinds}));
     }
-    EventKinds& known = (*found)->kinds;
-    known = {known.admin || kinds.admin, known.app || kinds.app, known.state || kinds.state};
 }
 
-void Subscribers::remove(counted_ptr<IZANEventListener> const& listener, EventKinds kinds) {
+void Subscribers::add(GuaranteedListener const& listener,
+                      std::shared_ptr<MessageSieve> const& sieve, EventKinds kinds) {
+    if (!listener || !kinds.any()) {
+        return;
+    }
+    std::lock_guard const lock(mutex_);
+    if (Shared* const known = find(listener.get())) {
+        (*known)->kinds = joined((*known)->kinds, kinds);
+    } else {
+        subscribers_.push_back(
+            std::make_shared<Subscriber>(Subscriber{nullptr, listener, sieve, kinds}));
+    }
+}
+
+void Subscribers::remove(PlainListener const& listener, EventKinds kinds) {
+    remove(static_cast<void const*>(listener.get()), kinds);
+}
+
+void Subscribers::remove(GuaranteedListener const& listener, EventKinds kinds) {
+    remove(static_cast<void const*>(listener.get()), kinds);
+}
+
+void Subscribers::remove(void const* identity, EventKinds kinds) {
     std::vector<Shared> removed;
     {
         std::lock_guard const lock(mutex_);
-        auto const found = std::ranges::find_if(
-            subscribers_, [&](Shared const& entry) { return entry->listener == listener; });
-        if (found == subscribers_.end()) {
+        Shared* const known = find(identity);
+        if (!known) {
             return;
         }
-        EventKinds& known = (*found)->kinds;
-        known = {known.admin && !kinds.admin, known.app && !kinds.app, known.state && !kinds.state};
-        if (!known.any()) {
-            removed.push_back(std::move(*found));
-            subscribers_.erase(found);
+        (*known)->kinds = without((*known)->kinds, kinds);
+        if (!(*known)->kinds.any()) {
+            removed.push_back(std::move(*known));
+            std::erase(subscribers_, nullptr);
         }
     }
     release(removed);
 }
 
 void Subscribers::forEach(bool EventKinds::*kind,
-                          std::function<void(IZANEventListener&)> const& deliver) {
+                          std::function<void(Subscriber const&)> const& deliver) {
     std::vector<Shared> selected = select(kind);
     for (Shared const& subscriber : selected) {
-        deliver(*subscriber->listener);
+        deliver(*subscriber);
     }
     release(selected);
+}
+
+bool Subscribers::hasSieve(MessageSieve const& sieve) const {
+    std::lock_guard const lock(mutex_);
+    return std::ranges::any_of(subscribers_,
+                               [&](Shared const& entry) { return entry->sieve.get() == &sieve; });
 }
 
 std::vector<Subscribers::Shared> Subscribers::select(bool EventKinds::*kind) const {
@@ -63,8 +126,10 @@ void Subscribers::release(std::vector<Shared>& subscribers) {
     for (Shared& subscriber : subscribers) {
         if (subscriber.use_count() > 1) {
             subscriber.reset();
-        } else if (subscriber->listener.use_count() > 1) {
-            subscriber->listener.reset();
+        } else if (subscriber->plain && subscriber->plain.use_count() > 1) {
+            subscriber->plain.reset();
+        } else if (subscriber->guaranteed && subscriber->guaranteed.use_count() > 1) {
+            subscriber->guaranteed.reset();
         }
     }
 }

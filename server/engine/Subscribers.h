@@ -6,7 +6,9 @@
 #define ZANENGINE_SERVER_ENGINE_SUBSCRIBERS_H
 
 #include "adapter/IZANEventListener.h"
+#include "guaranteed/ZANGuaranteedEngineMessageListener.h"
 #include "infra/counted_ptr.h"
+#include "server/engine/MessageSieve.h"
 
 #include <functional>
 #include <memory>
@@ -24,26 +26,47 @@ struct EventKinds {
     bool any() const { return admin || app || state; }
 };
 
+/// One listener, of either sort.
+struct Subscriber {
+    counted_ptr<IZANEventListener> plain;
+    counted_ptr<ZANGuaranteedEngineMessageListener> guaranteed;
+    /// Which messages a guaranteed listener wants; null for plain ones, which get all.
+    std::shared_ptr<MessageSieve> sieve;
+    EventKinds kinds;
+
+    /// The listener's object, to tell it from others.
+    void const* identity() const;
+    void processEvent(counted_ptr<ZANEvent> const& event) const;
+    void processStateEvent(counted_ptr<ZANConnectionStateEvent> const& event) const;
+};
+
 class Subscribers {
 public:
+    using PlainListener = counted_ptr<IZANEventListener>;
+    using GuaranteedListener = counted_ptr<ZANGuaranteedEngineMessageListener>;
+
     /// Adds kinds to those that the listener has; a listener that is new comes last. An empty
     /// pointer is ignored.
-    void add(counted_ptr<IZANEventListener> const& listener, EventKinds kinds);
+    void add(PlainListener const& listener, EventKinds kinds);
+    void add(GuaranteedListener const& listener, std::shared_ptr<MessageSieve> const& sieve,
+             EventKinds kinds);
 
     /// Takes kinds away; a listener without any is let go. May be called by the listener itself.
-    void remove(counted_ptr<IZANEventListener> const& listener, EventKinds kinds);
+    void remove(PlainListener const& listener, EventKinds kinds);
+    void remove(GuaranteedListener const& listener, EventKinds kinds);
 
     /// Calls `deliver` for each listener that has the kind, in the order in which they were added
     /// and without a lock.
-    void forEach(bool EventKinds::*kind, std::function<void(IZANEventListener&)> const& deliver);
+    void forEach(bool EventKinds::*kind, std::function<void(Subscriber const&)> const& deliver);
+
+    /// Whether there is a listener with this sieve.
+    bool hasSieve(MessageSieve const& sieve) const;
 
 private:
-    struct Subscriber {
-        counted_ptr<IZANEventListener> listener;
-        EventKinds kinds;
-    };
     using Shared = std::shared_ptr<Subscriber>;
 
+    Shared* find(void const* identity);
+    void remove(void const* identity, EventKinds kinds);
     std::vector<Shared> select(bool EventKinds::*kind) const;
     void release(std::vector<Shared>& subscribers);
 

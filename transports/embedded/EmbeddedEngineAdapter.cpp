@@ -1,6 +1,7 @@
 #include "transports/embedded/EmbeddedEngineAdapter.h"
 
 #include "errors/ZANEngineException.h"
+#include "infra/Time.h"
 #include "infra/WrongConfigurationException.h"
 #include "transports/embedded/RunningAdapters.h"
 
@@ -14,7 +15,7 @@ using server::EventKinds;
 using server::MessageKind;
 
 EmbeddedEngineAdapter::~EmbeddedEngineAdapter() {
-    forget();
+    uninitialize();
 }
 
 void EmbeddedEngineAdapter::initialize() {
@@ -23,12 +24,18 @@ void EmbeddedEngineAdapter::initialize() {
         throw WrongConfigurationException(
             "engine.config: is missing; the path of a session file, or demo, would be right");
     }
+    std::shared_ptr<server::Engine> engine;
     try {
-        start(config);
+        engine = start(config);
     } catch (InfraException const&) {
         throw;
     } catch (std::exception const& e) {
         throw ZANEngineException("embedded engine " + config + ": " + e.what());
+    }
+    guaranteedListeners_.serve(engine, getConfigProvider().getProperty("engine.client", ""));
+    {
+        std::lock_guard const lock(engineMutex_);
+        engine_ = std::move(engine);
     }
     RunningAdapters::instance().add(this);
     isRegistered_ = true;
@@ -41,23 +48,28 @@ void EmbeddedEngineAdapter::forget() {
     }
 }
 
-void EmbeddedEngineAdapter::start(std::string const& config) {
+std::shared_ptr<server::Engine> EmbeddedEngineAdapter::start(std::string const& config) {
     auto const sink = [this](counted_ptr<ZANEvent> const& event) { report(event); };
     if (config == "demo") {
         demo_ = std::make_unique<DemoCounterparty>();
-        engine_ = std::make_unique<server::Engine>(demo_->connections(), demo_->dataFolder(), sink);
-        return;
+        return server::Engine::make(demo_->connections(), demo_->dataFolder(), sink);
     }
     std::string const data = getConfigProvider().getProperty("engine.data", config + ".data");
-    engine_ = std::make_unique<server::Engine>(server::readSessionFile(config), data, sink);
+    return server::Engine::make(server::readSessionFile(config), data, sink);
 }
 
 void EmbeddedEngineAdapter::uninitialize() {
-    if (engine_) {
-        engine_->stop();
+    std::shared_ptr<server::Engine> engine;
+    {
+        std::lock_guard const lock(engineMutex_);
+        engine = std::exchange(engine_, nullptr);
+    }
+    if (!engine) {
+        return;
     }
     forget();
-    engine_.reset();
+    engine->stop();
+    engine.reset();
     demo_.reset();
 }
 
@@ -69,11 +81,18 @@ ZANGMLAdapterFactory& EmbeddedEngineAdapter::getGMLAdapterFactory() {
     return guaranteedListeners_;
 }
 
-server::Engine& EmbeddedEngineAdapter::engine() const {
+std::shared_ptr<server::Engine> EmbeddedEngineAdapter::engine() const {
+    std::lock_guard const lock(engineMutex_);
     if (!engine_) {
         throw ZANEngineException("the engine is not running");
     }
-    return *engine_;
+    return engine_;
+}
+
+EmbeddedEngineAdapter::ConnectionInUse EmbeddedEngineAdapter::at(Name connection) const {
+    std::shared_ptr<server::Engine> running = engine();
+    server::Connection* const found = &running->connection(connection);
+    return {std::move(running), found};
 }
 
 void EmbeddedEngineAdapter::report(counted_ptr<ZANEvent> const& event) {
@@ -89,76 +108,78 @@ void EmbeddedEngineAdapter::report(counted_ptr<ZANEvent> const& event) {
 
 void EmbeddedEngineAdapter::connect(Ticket, Name connection,
                                     counted_ptr<ZANFieldGroup> logonFields) {
-    engine().connection(connection).connect(logonFields.get());
+    at(connection)->connect(logonFields.get());
 }
 
 void EmbeddedEngineAdapter::connect(Ticket, Name connection) {
-    engine().connection(connection).connect(nullptr);
+    at(connection)->connect(nullptr);
 }
 
 void EmbeddedEngineAdapter::disconnect(Ticket, Name connection, std::string const& reason) {
-    engine().connection(connection).disconnect(reason);
+    at(connection)->disconnect(reason);
 }
 
 bool EmbeddedEngineAdapter::pingConnection(Ticket, Name connection, long timeoutMillis) {
     long const longest = std::numeric_limits<std::int32_t>::max();
     std::chrono::milliseconds const timeout(std::clamp(timeoutMillis, 0L, longest));
-    return engine().connection(connection).ping(timeout);
+    return at(connection)->ping(timeout);
 }
 
 bool EmbeddedEngineAdapter::isConnected(Ticket, Name connection) {
-    return engine().connection(connection).isConnected();
+    return at(connection)->isConnected();
 }
 
 void EmbeddedEngineAdapter::getConnectionNameList(Ticket, std::vector<std::string>& names) {
-    for (auto const& connection : engine().connections()) {
+    std::shared_ptr<server::Engine> const running = engine();
+    for (auto const& connection : running->connections()) {
         names.push_back(connection->name());
     }
 }
 
 counted_ptr<ZANConnectionState> EmbeddedEngineAdapter::getConnectionState(Ticket,
                                                                           Name connection) const {
-    return engine().connection(connection).state().record();
+    return at(connection)->state().record();
 }
 
 std::string EmbeddedEngineAdapter::getConnectionProperties(Ticket, Name connection) {
-    return engine().connection(connection).properties();
+    return at(connection)->properties();
 }
 
 std::int64_t EmbeddedEngineAdapter::getMillisTime(Ticket) {
-    return static_cast<std::int64_t>(server::nowMillis());
+    return infra::Time::now().getMillis();
 }
 
 void EmbeddedEngineAdapter::subscribeDirect(Ticket, Name connection, bool admin, bool app,
                                             bool state, Listener listener) {
-    engine().connection(connection).subscribers().add(listener, EventKinds{admin, app, state});
+    at(connection)->subscribers().add(listener, EventKinds{admin, app, state});
 }
 
 void EmbeddedEngineAdapter::unsubscribeDirect(Ticket, Name connection, bool admin, bool app,
                                               bool state, Listener listener) {
-    engine().connection(connection).subscribers().remove(listener, EventKinds{admin, app, state});
+    at(connection)->subscribers().remove(listener, EventKinds{admin, app, state});
 }
 
 void EmbeddedEngineAdapter::destroyDirectSubscriber(Listener listener) {
-    for (auto const& connection : engine().connections()) {
+    std::shared_ptr<server::Engine> const running = engine();
+    for (auto const& connection : running->connections()) {
         connection->subscribers().remove(listener, EventKinds{true, true, true});
     }
 }
 
 long EmbeddedEngineAdapter::sendAdminMessage(Ticket, Name connection, std::string const& message) {
-    return engine().connection(connection).send(MessageKind::Admin, message);
+    return at(connection)->send(MessageKind::Admin, message);
 }
 
 long EmbeddedEngineAdapter::sendAdminMessage(Ticket, Name connection, Message message) {
-    return engine().connection(connection).send(MessageKind::Admin, message);
+    return at(connection)->send(MessageKind::Admin, message);
 }
 
 long EmbeddedEngineAdapter::sendMessage(Ticket, Name connection, std::string const& message) {
-    return engine().connection(connection).send(MessageKind::App, message);
+    return at(connection)->send(MessageKind::App, message);
 }
 
 long EmbeddedEngineAdapter::sendMessage(Ticket, Name connection, Message message) {
-    return engine().connection(connection).send(MessageKind::App, message);
+    return at(connection)->send(MessageKind::App, message);
 }
 
 } // namespace zan::embedded

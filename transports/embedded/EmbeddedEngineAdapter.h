@@ -1,16 +1,17 @@
 /// The adapter that puts an engine into the application's own process.
 ///
 /// Threads: every operation may be called from any thread, by listeners too; `initialize` and
-/// `uninitialize` belong to the facade, and a listener cannot stop the engine.
+/// `uninitialize` belong to the facade. A listener may end the engine that is calling it.
 #ifndef ZANENGINE_TRANSPORTS_EMBEDDED_EMBEDDEDENGINEADAPTER_H
 #define ZANENGINE_TRANSPORTS_EMBEDDED_EMBEDDEDENGINEADAPTER_H
 
 #include "adapter/ZANEngineAdapterBase.h"
-#include "guaranteed/ZANGMLAdapterFactory.h"
 #include "server/engine/Engine.h"
+#include "server/engine/GuaranteedAdapters.h"
 #include "transports/embedded/DemoCounterparty.h"
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -18,9 +19,10 @@ namespace zan::embedded {
 
 /// Reads two properties of its provider: `engine.config`, the path of the session file, or `demo`
 /// for an engine with a counterparty of its own; `engine.data`, the folder for the engine's data
-/// (default: the session file's name with `.data` behind it).
+/// (default: the session file's name with `.data` behind it); `engine.client`, the name under which
+/// the marks of guaranteed listeners are kept (default: the user of the ticket that attaches one).
 ///
-/// This engine keeps no message log. The operations that need one throw `ZANEngineException`.
+/// After `uninitialize` every operation throws `ZANEngineException`.
 class EmbeddedEngineAdapter final : public ZANEngineAdapterBase {
 public:
     using Ticket = UserTicket const&;
@@ -62,11 +64,12 @@ public:
     long sendMessage(Ticket, Name connection, std::string const& message) override;
     long sendMessage(Ticket, Name connection, Message message) override;
 
-    // What needs a message log.
+    void subscribeDirect(Ticket, Name connection, bool admin, bool app, bool state,
+                         GuaranteedListener listener) override;
+    void unsubscribeDirect(Ticket, Name connection, bool admin, bool app, bool state,
+                           GuaranteedListener listener) override;
+    void destroyDirectSubscriber(GuaranteedListener listener) override;
 
-    void subscribeDirect(Ticket, Name, bool, bool, bool, GuaranteedListener) override;
-    void unsubscribeDirect(Ticket, Name, bool, bool, bool, GuaranteedListener) override;
-    void destroyDirectSubscriber(GuaranteedListener) override;
     void resetConnection(Ticket, Name) override;
     long resendMessages(Ticket, Name, infra::Time const&, infra::Time const&,
                         std::string const&) override;
@@ -96,14 +99,23 @@ public:
     void postMultipleInternalMessages(Ticket, Name, Messages const&) override;
 
 private:
-    void start(std::string const& config);
+    std::shared_ptr<server::Engine> start(std::string const& config);
     void forget();
     void report(counted_ptr<ZANEvent> const& event);
-    server::Engine& engine() const;
+    std::shared_ptr<server::Engine> engine() const;
 
-    ZANGMLAdapterFactory guaranteedListeners_;
+    /// Holds the engine while it is used, whoever stops it meanwhile.
+    struct ConnectionInUse {
+        std::shared_ptr<server::Engine> engine;
+        server::Connection* connection;
+        server::Connection* operator->() const { return connection; }
+    };
+    ConnectionInUse at(Name connection) const;
+
+    server::GuaranteedAdapters guaranteedListeners_;
     std::unique_ptr<DemoCounterparty> demo_;
-    std::unique_ptr<server::Engine> engine_;
+    mutable std::mutex engineMutex_;
+    std::shared_ptr<server::Engine> engine_;
     bool isRegistered_ = false;
 };
 

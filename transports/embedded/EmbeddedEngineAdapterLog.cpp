@@ -1,118 +1,175 @@
-// The operations that need a message log, which this engine does not have.
-#include "errors/ZANEngineException.h"
+// The operations on the message log: retrieval, edits, posting, resending, guaranteed listeners.
+#include "server/engine/GuaranteedAdapter.h"
 #include "transports/embedded/EmbeddedEngineAdapter.h"
+
+#include <limits>
+#include <utility>
 
 namespace zan::embedded {
 
+using server::EventKinds;
+using server::GuaranteedAdapter;
+using server::LogQuery;
+
 namespace {
 
-[[noreturn]] void refuse(std::string const& operation) {
-    throw ZANEngineException(operation + ": this engine keeps no message log");
+// The marks of a listener that nobody gave a name.
+constexpr char const* nameOfNobody = "default";
+
+// The listener's adapter, which has to be one of ours: it was made while this engine was there.
+GuaranteedAdapter& adapterOf(ZANGuaranteedEngineMessageListener& listener) {
+    return dynamic_cast<GuaranteedAdapter&>(listener.getAdapter());
+}
+
+// A stream that does not fit is none that exists; the history tells so.
+LogQuery queryOf(long stream, std::string const& where, bool newestFirst) {
+    LogQuery query;
+    bool const fits = stream == static_cast<int>(stream);
+    query.stream = fits ? static_cast<int>(stream) : std::numeric_limits<int>::max();
+    query.where = where;
+    query.newestFirst = newestFirst;
+    return query;
 }
 
 } // namespace
 
-void EmbeddedEngineAdapter::subscribeDirect(Ticket, Name, bool, bool, bool, GuaranteedListener) {
-    refuse("subscribeDirect");
+void EmbeddedEngineAdapter::subscribeDirect(Ticket ticket, Name connection, bool admin, bool app,
+                                            bool state, GuaranteedListener listener) {
+    ConnectionInUse const to = at(connection);
+    if (listener) {
+        GuaranteedAdapter& adapter = adapterOf(*listener);
+        adapter.setName(ticket.getUser().empty() ? nameOfNobody : ticket.getUser());
+        to->subscribers().add(listener, adapter.sieve(), EventKinds{admin, app, state});
+    }
 }
 
-void EmbeddedEngineAdapter::unsubscribeDirect(Ticket, Name, bool, bool, bool, GuaranteedListener) {
-    refuse("unsubscribeDirect");
+void EmbeddedEngineAdapter::unsubscribeDirect(Ticket, Name connection, bool admin, bool app,
+                                              bool state, GuaranteedListener listener) {
+    at(connection)->subscribers().remove(listener, EventKinds{admin, app, state});
 }
 
-void EmbeddedEngineAdapter::destroyDirectSubscriber(GuaranteedListener) {
-    refuse("destroyDirectSubscriber");
+void EmbeddedEngineAdapter::destroyDirectSubscriber(GuaranteedListener listener) {
+    std::shared_ptr<server::Engine> const running = engine();
+    for (auto const& connection : running->connections()) {
+        connection->subscribers().remove(listener, EventKinds{true, true, true});
+    }
 }
 
-void EmbeddedEngineAdapter::resetConnection(Ticket, Name) {
-    refuse("resetConnection");
+void EmbeddedEngineAdapter::resetConnection(Ticket ticket, Name connection) {
+    at(connection)->resetNumbers(ticket.getUser());
 }
 
-long EmbeddedEngineAdapter::resendMessages(Ticket, Name, infra::Time const&, infra::Time const&,
-                                           std::string const&) {
-    refuse("resendMessages");
+long EmbeddedEngineAdapter::resendMessages(Ticket, Name connection, infra::Time const& from,
+                                           infra::Time const& to, std::string const& filter) {
+    return at(connection)->resend(from, to, filter);
 }
 
-EmbeddedEngineAdapter::Messages&
-EmbeddedEngineAdapter::retrieveMessagesByDateRange(Ticket, Name, Messages&, long,
-                                                   infra::Time const&, infra::Time const&,
-                                                   std::string const&, bool) {
-    refuse("retrieveMessagesByDateRange");
+EmbeddedEngineAdapter::Messages& EmbeddedEngineAdapter::retrieveMessagesByDateRange(
+    Ticket, Name connection, Messages& messages, long stream, infra::Time const& from,
+    infra::Time const& to, std::string const& filter, bool newestFirst) {
+    LogQuery query = queryOf(stream, filter, newestFirst);
+    query.millis = {from.getMillis(), to.getMillis()};
+    at(connection)->history().read(query, messages);
+    return messages;
 }
 
-EmbeddedEngineAdapter::Messages&
-EmbeddedEngineAdapter::retrieveMessagesByDateRange(Ticket, Name, Messages&, infra::Time const&,
-                                                   infra::Time const&, std::string const&, bool) {
-    refuse("retrieveMessagesByDateRange");
-}
-
-EmbeddedEngineAdapter::Messages&
-EmbeddedEngineAdapter::retrieveMessagesByIdRange(Ticket, Name, Messages&, long, long, long,
-                                                 std::string const&, bool) {
-    refuse("retrieveMessagesByIdRange");
-}
-
-EmbeddedEngineAdapter::Messages&
-EmbeddedEngineAdapter::retrieveMessagesByIdSet(Ticket, Name, Messages&, long,
-                                               std::vector<int> const&, std::string const&, bool) {
-    refuse("retrieveMessagesByIdSet");
-}
-
-EmbeddedEngineAdapter::Messages&
-EmbeddedEngineAdapter::retrieveMessagesByQuery(Ticket, Name, Messages&, long, std::string const&,
-                                               std::string const&, bool) {
-    refuse("retrieveMessagesByQuery");
+EmbeddedEngineAdapter::Messages& EmbeddedEngineAdapter::retrieveMessagesByDateRange(
+    Ticket ticket, Name connection, Messages& messages, infra::Time const& from,
+    infra::Time const& to, std::string const& filter, bool newestFirst) {
+    return retrieveMessagesByDateRange(ticket, connection, messages, -1, from, to, filter,
+                                       newestFirst);
 }
 
 EmbeddedEngineAdapter::Messages&
-EmbeddedEngineAdapter::retrieveMessageChain(Ticket, Name, Messages&, std::vector<int> const&,
-                                            std::vector<std::string> const&, bool) {
-    refuse("retrieveMessageChain");
+EmbeddedEngineAdapter::retrieveMessagesByIdRange(Ticket, Name connection, Messages& messages,
+                                                 long stream, long first, long last,
+                                                 std::string const& filter, bool newestFirst) {
+    LogQuery query = queryOf(stream, filter, newestFirst);
+    query.ids = {first, last};
+    at(connection)->history().read(query, messages);
+    return messages;
 }
 
 EmbeddedEngineAdapter::Messages&
-EmbeddedEngineAdapter::retrieveMessagesForResend(Ticket, Name, Messages&, long, long,
-                                                 std::string const&) {
-    refuse("retrieveMessagesForResend");
+EmbeddedEngineAdapter::retrieveMessagesByIdSet(Ticket, Name connection, Messages& messages,
+                                               long stream, std::vector<int> const& ids,
+                                               std::string const& filter, bool newestFirst) {
+    LogQuery query = queryOf(stream, filter, newestFirst);
+    query.idSet = ids;
+    at(connection)->history().read(query, messages);
+    return messages;
+}
+
+EmbeddedEngineAdapter::Messages&
+EmbeddedEngineAdapter::retrieveMessagesByQuery(Ticket, Name connection, Messages& messages,
+                                               long stream, std::string const& where,
+                                               std::string const& orderBy, bool newestFirst) {
+    LogQuery query = queryOf(stream, where, newestFirst);
+    query.orderBy = orderBy;
+    at(connection)->history().read(query, messages);
+    return messages;
+}
+
+EmbeddedEngineAdapter::Messages& EmbeddedEngineAdapter::retrieveMessageChain(
+    Ticket, Name connection, Messages& messages, std::vector<int> const& ids,
+    std::vector<std::string> const& clientOrderIds, bool newestFirst) {
+    at(connection)->history().readChain(ids, clientOrderIds, newestFirst, messages);
+    return messages;
+}
+
+EmbeddedEngineAdapter::Messages&
+EmbeddedEngineAdapter::retrieveMessagesForResend(Ticket, Name connection, Messages& messages,
+                                                 long first, long last, std::string const& filter) {
+    at(connection)->history().readForResend(first, last, filter, messages);
+    return messages;
 }
 
 EmbeddedEngineAdapter::Table&
-EmbeddedEngineAdapter::retrieveMessageLogData(Ticket, Name, long, std::string const&,
-                                              std::string const&, std::string const&, Table&) {
-    refuse("retrieveMessageLogData");
+EmbeddedEngineAdapter::retrieveMessageLogData(Ticket, Name connection, long stream,
+                                              std::string const& columns, std::string const& where,
+                                              std::string const& orderBy, Table& table) {
+    at(connection)->history().readTable(stream, columns, where, orderBy, table);
+    return table;
 }
 
-long EmbeddedEngineAdapter::updateMessageLogData(Ticket, Name, long, std::string const&,
-                                                 std::string const&) {
-    refuse("updateMessageLogData");
+long EmbeddedEngineAdapter::updateMessageLogData(Ticket ticket, Name connection, long stream,
+                                                 std::string const& assignments,
+                                                 std::string const& where) {
+    return at(connection)->history().update(stream, assignments, where, ticket.getUser());
 }
 
-long EmbeddedEngineAdapter::insertMessageLogData(Ticket, Name, Messages const&) {
-    refuse("insertMessageLogData");
+long EmbeddedEngineAdapter::insertMessageLogData(Ticket ticket, Name connection,
+                                                 Messages const& messages) {
+    return at(connection)->history().insert(messages, ticket.getUser());
 }
 
-long EmbeddedEngineAdapter::deleteMessageLogData(Ticket, Name, long, std::string const&) {
-    refuse("deleteMessageLogData");
+long EmbeddedEngineAdapter::deleteMessageLogData(Ticket ticket, Name connection, long stream,
+                                                 std::string const& where) {
+    return at(connection)->history().remove(stream, where, ticket.getUser());
 }
 
-std::vector<int> EmbeddedEngineAdapter::getMessageIds(Ticket, Name, long, bool) {
-    refuse("getMessageIds");
+std::vector<int> EmbeddedEngineAdapter::getMessageIds(Ticket, Name connection, long stream,
+                                                      bool newestFirst) {
+    return at(connection)->history().ids(stream, newestFirst);
 }
 
-void EmbeddedEngineAdapter::sendMultipleMessages(Ticket, Name, Messages const&) {
-    refuse("sendMultipleMessages");
+void EmbeddedEngineAdapter::sendMultipleMessages(Ticket, Name connection,
+                                                 Messages const& messages) {
+    at(connection)->send(messages);
 }
 
-long EmbeddedEngineAdapter::postInternalMessage(Ticket, Name, std::string const&) {
-    refuse("postInternalMessage");
+long EmbeddedEngineAdapter::postInternalMessage(Ticket, Name connection,
+                                                std::string const& message) {
+    return at(connection)->post(message);
 }
 
-long EmbeddedEngineAdapter::postInternalMessage(Ticket, Name, Message) {
-    refuse("postInternalMessage");
+long EmbeddedEngineAdapter::postInternalMessage(Ticket, Name connection, Message message) {
+    return at(connection)->post(message);
 }
 
-void EmbeddedEngineAdapter::postMultipleInternalMessages(Ticket, Name, Messages const&) {
-    refuse("postMultipleInternalMessages");
+void EmbeddedEngineAdapter::postMultipleInternalMessages(Ticket, Name connection,
+                                                         Messages const& messages) {
+    at(connection)->post(messages);
 }
 
 } // namespace zan::embedded

@@ -8,7 +8,7 @@ namespace zan::embedded {
 
 namespace {
 
-// `embedded:<file>?data=<folder>` as the properties that the adapter reads.
+// `embedded:<file>?data=<folder>&client=<name>` as the properties that the adapter reads.
 class UrlProperties final : public IZANEngineConfigProvider {
 public:
     explicit UrlProperties(Url const& url) : url_(url) {
@@ -23,6 +23,9 @@ public:
                             std::string const& defaultValue) const override {
         if (name == "engine.config") {
             return url_.getPath();
+        }
+        if (name == "engine.client") {
+            return url_.getParameter("client", defaultValue);
         }
         return name == "engine.data" ? url_.getParameter("data", defaultValue) : defaultValue;
     }
@@ -51,7 +54,7 @@ counted_ptr<IZANEngineAdapter> createFromUrl(Url const& url) {
 ZAN_ADAPTER_MODULE(embedded, zan::embedded::createFromUrl);
 
 /// A factory for applications that configure the engine by a provider with the properties
-/// `engine.config` and `engine.data`.
+/// `engine.config`, `engine.data` and `engine.client`.
 ZAN_ALLOW_CLASS_RESULT_BEGIN
 extern "C" ZAN_API counted_ptr<IZANEngineAdapterFactory> create_embedded_engineadapterfactory() {
     return counted_ptr<IZANEngineAdapterFactory>(new zan::embedded::EmbeddedEngineAdapterFactory);

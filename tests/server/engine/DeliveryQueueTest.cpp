@@ -4,7 +4,9 @@
 
 #include <atomic>
 #include <future>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -12,76 +14,157 @@ namespace {
 using namespace zan::server;
 using namespace std::chrono_literals;
 
-TEST(DeliveryQueue, DeliversMessagesAndStatesInTheirOrder) {
+std::vector<FixEntry> entries(std::vector<std::pair<long, std::string>> const& named) {
+    std::vector<FixEntry> all;
+    for (auto const& [id, text] : named) {
+        FixEntry entry;
+        entry.id = id;
+        entry.text = text;
+        all.push_back(entry);
+    }
+    return all;
+}
+
+class DeliveryQueueTest : public testing::Test {
+protected:
+    void push(long id, std::string const& text) {
+        std::vector<FixEntry> one = entries({{id, text}});
+        queue->push(one);
+    }
+
+    void make(
+        std::function<void(Delivery const&)> deliver, std::function<void()> roomAgain = [] {}) {
+        queue = std::make_shared<DeliveryQueue>(std::move(deliver), std::move(roomAgain), 0);
+    }
+
+    std::shared_ptr<DeliveryQueue> queue;
+};
+
+TEST_F(DeliveryQueueTest, DeliversMessagesStatesAndErrandsInTheirOrder) {
     std::string order;
-    DeliveryQueue queue(
-        [&](Delivery const& delivery) {
-            auto const* message = std::get_if<WireMessage>(&delivery);
-            order += message ? message->text : "state ";
+    make([&](Delivery const& delivery) {
+        if (auto const* entry = std::get_if<FixEntry>(&delivery)) {
+            order += entry->text;
+        } else if (auto const* errand = std::get_if<Errand>(&delivery)) {
+            errand->run(errand->lastId);
+        } else {
+            order += "state ";
+        }
+    });
+    push(1, "one ");
+    queue->push(LinkState{});
+    queue->push([&](long lastId) { order += "errand after " + std::to_string(lastId) + " "; });
+    push(2, "two ");
+    queue->start(queue);
+    EXPECT_TRUE(queue->stop(10s));
+    EXPECT_EQ(order, "one state errand after 1 two ");
+}
+
+TEST_F(DeliveryQueueTest, KnowsTheNewestMessageOfBefore) {
+    long known = 0;
+    queue = std::make_shared<DeliveryQueue>(
+        [](Delivery const& delivery) {
+            auto const& errand = std::get<Errand>(delivery);
+            errand.run(errand.lastId);
         },
-        [] {});
-    queue.start();
-    queue.push("one ", true);
-    queue.push(LinkState{});
-    queue.push("two ", false);
-    queue.stop();
-    EXPECT_EQ(order, "one state two ");
+        [] {}, 41);
+    queue->push([&](long lastId) { known = lastId; });
+    queue->start(queue);
+    EXPECT_TRUE(queue->stop(10s));
+    EXPECT_EQ(known, 41);
 }
 
-TEST(DeliveryQueue, NumbersMessagesFromOneOn) {
-    std::vector<long> ids;
-    DeliveryQueue queue(
-        [&](Delivery const& delivery) { ids.push_back(std::get<WireMessage>(delivery).id); },
-        [] {});
-    EXPECT_EQ(queue.push("a", false), 1);
-    EXPECT_EQ(queue.push("b", false), 2);
-    queue.start();
-    queue.stop();
-    EXPECT_EQ(ids, (std::vector<long>{1, 2}));
-}
-
-TEST(DeliveryQueue, TellsWhenItIsFullAndWhenThereIsRoomAgain) {
+TEST_F(DeliveryQueueTest, TellsWhenItIsFullAndWhenThereIsRoomAgain) {
     std::promise<void> release;
     auto const released = release.get_future().share();
     std::atomic<int> delivered{0};
     std::atomic<int> roomAgain{0};
-    DeliveryQueue queue(
+    make(
         [&](Delivery const&) {
             released.wait();
             ++delivered;
         },
         [&] { ++roomAgain; });
     for (std::size_t i = 0; i < DeliveryQueue::capacity; ++i) {
-        EXPECT_TRUE(queue.hasRoom());
-        queue.push("x", false);
+        EXPECT_TRUE(queue->hasRoom());
+        push(1, "x");
     }
-    EXPECT_FALSE(queue.hasRoom());
-    EXPECT_FALSE(queue.waitForRoom(10ms));
-    queue.start();
-    EXPECT_TRUE(queue.waitForRoom(10s));
+    EXPECT_FALSE(queue->hasRoom());
+    EXPECT_FALSE(queue->waitForRoom(10ms));
+    queue->start(queue);
+    EXPECT_TRUE(queue->waitForRoom(10s));
     release.set_value();
-    queue.stop();
+    EXPECT_TRUE(queue->stop(10s));
     EXPECT_EQ(delivered, static_cast<int>(DeliveryQueue::capacity));
     EXPECT_EQ(roomAgain, 1);
 }
 
-TEST(DeliveryQueue, KnowsItsOwnThread) {
-    DeliveryQueue* self = nullptr;
+TEST_F(DeliveryQueueTest, KnowsItsOwnThread) {
     std::atomic<bool> isInside{false};
-    DeliveryQueue queue([&](Delivery const&) { isInside = self->isDelivering(); }, [] {});
-    self = &queue;
-    EXPECT_FALSE(queue.isDelivering());
-    queue.start();
-    queue.push("x", false);
-    queue.stop();
+    make([&](Delivery const&) { isInside = queue->isDelivering(); });
+    EXPECT_FALSE(queue->isDelivering());
+    queue->start(queue);
+    push(1, "x");
+    EXPECT_TRUE(queue->stop(10s));
     EXPECT_TRUE(isInside);
 }
 
-TEST(DeliveryQueue, MayBeStoppedTwiceAndWithoutAStart) {
-    DeliveryQueue queue([](Delivery const&) {}, [] {});
-    queue.stop();
-    queue.stop();
-    EXPECT_TRUE(queue.hasRoom());
+TEST_F(DeliveryQueueTest, MayBeStoppedTwiceAndWithoutAStart) {
+    make([](Delivery const&) {});
+    EXPECT_TRUE(queue->stop(1s));
+    EXPECT_TRUE(queue->stop(1s));
+    EXPECT_TRUE(queue->hasRoom());
+}
+
+TEST_F(DeliveryQueueTest, MeasuresTheDeliveryThatIsUnderWay) {
+    std::promise<void> entered;
+    std::promise<void> release;
+    make([&](Delivery const&) {
+        entered.set_value();
+        release.get_future().wait();
+    });
+    EXPECT_EQ(queue->timeOfDelivery(), 0ms);
+    queue->start(queue);
+    push(1, "x");
+    entered.get_future().wait();
+    std::this_thread::sleep_for(20ms);
+    EXPECT_GE(queue->timeOfDelivery(), 20ms);
+    release.set_value();
+    EXPECT_TRUE(queue->stop(10s));
+    EXPECT_EQ(queue->timeOfDelivery(), 0ms);
+}
+
+TEST_F(DeliveryQueueTest, LeavesAListenerBehindThatDoesNotReturn) {
+    std::promise<void> entered;
+    std::promise<void> release;
+    auto const delivered = std::make_shared<std::atomic<int>>(0);
+    make([&entered, released = release.get_future().share(), delivered](Delivery const&) {
+        entered.set_value();
+        released.wait();
+        ++*delivered;
+    });
+    queue->start(queue);
+    push(1, "x");
+    push(2, "never delivered");
+    entered.get_future().wait();
+    EXPECT_FALSE(queue->stop(10ms));
+    std::weak_ptr<DeliveryQueue> const held = queue;
+    queue.reset();
+    EXPECT_FALSE(held.expired()) << "the listener still runs in it";
+    release.set_value();
+    while (!held.expired()) {
+        std::this_thread::sleep_for(1ms);
+    }
+    EXPECT_EQ(*delivered, 1);
+}
+
+TEST_F(DeliveryQueueTest, DropsErrandsThatCameTooLate) {
+    auto const token = std::make_shared<int>(0);
+    make([](Delivery const&) {});
+    queue->start(queue);
+    EXPECT_TRUE(queue->stop(10s));
+    queue->push([token](long) {});
+    EXPECT_EQ(token.use_count(), 1);
 }
 
 } // namespace

@@ -104,6 +104,41 @@ TEST_F(LinkWatchTest, KeepsAFlagForEachKindOfTrouble) {
     EXPECT_EQ(watch.state().lastError, "");
 }
 
+TEST_F(LinkWatchTest, SaysThatTheStorageFailsUntilItWorksAgain) {
+    logOn();
+    watch.trouble(FixTrouble::storage, "the disk is full");
+    EXPECT_TRUE(watch.state().has(FLAG_DB_ERROR));
+    EXPECT_EQ(watch.state().lastError, "the disk is full");
+    std::size_t const before = published.size();
+    watch.stored();
+    EXPECT_FALSE(watch.state().has(FLAG_DB_ERROR));
+    EXPECT_EQ(published.size(), before + 1);
+    watch.stored();
+    EXPECT_EQ(published.size(), before + 1);
+}
+
+TEST_F(LinkWatchTest, EndsTheWaitForALogonThatCannotBeStored) {
+    watch.beginLogon();
+    watch.linkUp("here", "there");
+    watch.trouble(FixTrouble::storage, "the disk is full");
+    LogonResult const result = watch.waitForLogon(late());
+    EXPECT_EQ(result.outcome, Outcome::NotStored);
+    EXPECT_EQ(result.reason, "the disk is full");
+}
+
+TEST_F(LinkWatchTest, IsUnavailableWhileTheCounterpartyDoesNotRead) {
+    logOn();
+    watch.setUnavailable(true, "does not read");
+    EXPECT_TRUE(watch.state().has(FLAG_UNAVAILABLE));
+    EXPECT_EQ(watch.state().lastError, "does not read");
+    watch.setUnavailable(false, "");
+    EXPECT_FALSE(watch.state().has(FLAG_UNAVAILABLE));
+    watch.setUnavailable(true, "does not read");
+    watch.linkDown();
+    watch.linkUp("here", "there");
+    EXPECT_FALSE(watch.state().has(FLAG_UNAVAILABLE));
+}
+
 TEST_F(LinkWatchTest, PublishesTroubleThatGoesOnOnce) {
     watch.trouble(FixTrouble::unreachable, "refused");
     watch.trouble(FixTrouble::unreachable, "refused");

@@ -28,8 +28,8 @@ protected:
 
     std::string called(bool EventKinds::*kind) {
         std::string names;
-        subscribers.forEach(kind, [&](IZANEventListener& listener) {
-            names += static_cast<Named&>(listener).name;
+        subscribers.forEach(kind, [&](Subscriber const& subscriber) {
+            names += static_cast<Named&>(*subscriber.plain).name;
         });
         return names;
     }
@@ -84,8 +84,8 @@ TEST_F(SubscribersTest, MayLeaveInsideACall) {
     subscribers.add(a, all);
     subscribers.add(b, all);
     std::string names;
-    subscribers.forEach(&EventKinds::app, [&](IZANEventListener& listener) {
-        char const name = static_cast<Named&>(listener).name;
+    subscribers.forEach(&EventKinds::app, [&](Subscriber const& subscriber) {
+        char const name = static_cast<Named&>(*subscriber.plain).name;
         names += name;
         if (name == 'a') {
             subscribers.remove(a, all);

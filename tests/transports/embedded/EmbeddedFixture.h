@@ -118,6 +118,51 @@ protected:
         return "35=D|11=" + id + "|55=IBM|54=1|38=100|40=2|44=10|60=20261121-09:30:00";
     }
 
+    using Messages = std::vector<counted_ptr<ZANMessage>>;
+    using Table = std::vector<std::vector<std::string>>;
+
+    static std::string fieldOf(counted_ptr<ZANMessage> const& message, int tag) {
+        auto const field = message->getFieldGroup()->getField(tag);
+        return field ? field->getValue().asString() : std::string();
+    }
+
+    /// The values of a tag in all of these messages: `a b c`.
+    static std::string fieldsOf(Messages const& messages, int tag) {
+        std::string text;
+        for (counted_ptr<ZANMessage> const& message : messages) {
+            text += (text.empty() ? "" : " ") + fieldOf(message, tag);
+        }
+        return text;
+    }
+
+    static counted_ptr<ZANMessage> orderOf(std::string const& id) {
+        counted_ptr<ZANFieldGroup> const fields(new ZANFieldGroup);
+        fields->setFieldValue(35, "D");
+        fields->setFieldValue(11, id);
+        fields->setFieldValue(55, "IBM");
+        fields->setFieldValue(54, "1");
+        fields->setFieldValue(38, 100L);
+        fields->setFieldValue(40, "2");
+        fields->setFieldValue(44, 10.5);
+        fields->setFieldValue(60, "20261121-09:30:00");
+        return counted_ptr<ZANMessage>(new ZANMessage(fields));
+    }
+
+    /// What the log holds, newest first or oldest first, by an expression.
+    static Messages query(std::string const& where, std::string const& orderBy = "",
+                          bool newestFirst = false, long stream = -1) {
+        Messages messages;
+        engine().retrieveMessagesByQuery(me, "C", messages, stream, where, orderBy, newestFirst);
+        return messages;
+    }
+
+    static Table table(std::string const& columns, std::string const& where = "",
+                       long stream = -1) {
+        Table rows;
+        engine().retrieveMessageLogData(me, "C", stream, columns, where, "id", rows);
+        return rows;
+    }
+
     static bool isReport(SeenEvent const& event) { return event.isType("8"); }
 
     static inline UserTicket const me{"tester", ""};

@@ -1,0 +1,170 @@
+// How a connection sends and posts. What an application gives is checked before anything is stored.
+#include "server/engine/Connection.h"
+
+#include "errors/ZANConnectionUnavailableException.h"
+#include "errors/ZANInvalidMessageException.h"
+#include "errors/ZANNotConnectedException.h"
+#include "errors/ZANPersistentStorageException.h"
+#include "server/engine/EngineErrors.h"
+#include "server/wire/FieldText.h"
+
+#include <utility>
+
+namespace zan::server {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// How long a send waits for a counterparty, or for listeners, that take nothing.
+constexpr std::chrono::milliseconds sendPatience = 10s;
+
+// Logons, logouts and the numbering are the session's: it would lose count.
+bool isSessions(std::string const& type) {
+    return type == "A" || type == "5" || type == "4";
+}
+
+void requireKind(MessageKind kind, OutgoingMessage const& message) {
+    bool const isAdminMessage = message.isAdmin();
+    if (isAdminMessage == (kind == MessageKind::Admin) && !isSessions(message.type)) {
+        return;
+    }
+    std::string const type = "tag 35: message type " + message.type;
+    if (!isAdminMessage) {
+        throw MalformedMessage(type + " is an application message; sendMessage would be right");
+    }
+    if (kind == MessageKind::App) {
+        throw MalformedMessage(type +
+                               " is an administrative message; sendAdminMessage would be right");
+    }
+    throw MalformedMessage(type + " is sent by the engine itself; connect, disconnect or "
+                                  "resetConnection would be right");
+}
+
+FixOutgoing forSession(OutgoingMessage message) {
+    return {std::move(message.type), std::move(message.body), false};
+}
+
+} // namespace
+
+template <class Convert>
+OutgoingMessage Connection::converted(MessageKind kind, Convert convert) const {
+    try {
+        OutgoingMessage message = convert();
+        requireKind(kind, message);
+        return message;
+    } catch (MalformedMessage const& e) {
+        fail<ZANInvalidMessageException>(described(e.what()));
+    }
+}
+
+std::vector<OutgoingMessage> Connection::converted(Messages const& messages) const {
+    std::vector<OutgoingMessage> all;
+    for (counted_ptr<ZANMessage> const& message : messages) {
+        all.push_back(converted(MessageKind::App, [&] {
+            try {
+                return outgoingFromModel(fieldsOf(message), dictionary_);
+            } catch (MalformedMessage const& e) {
+                throw MalformedMessage("message " + std::to_string(all.size() + 1) + " of " +
+                                       std::to_string(messages.size()) + ": " + e.what());
+            }
+        }));
+    }
+    return all;
+}
+
+long Connection::send(MessageKind kind, std::string const& text) {
+    return sendAll(
+               {forSession(converted(kind, [&] { return outgoingFromText(text, dictionary_); }))})
+        .front();
+}
+
+long Connection::send(MessageKind kind, counted_ptr<ZANMessage> const& message) {
+    return sendAll({forSession(converted(
+                       kind, [&] { return outgoingFromModel(fieldsOf(message), dictionary_); }))})
+        .front();
+}
+
+void Connection::send(Messages const& messages) {
+    std::vector<FixOutgoing> all;
+    for (OutgoingMessage& message : converted(messages)) {
+        all.push_back(forSession(std::move(message)));
+    }
+    sendAll(std::move(all));
+}
+
+long Connection::resend(infra::Time const& from, infra::Time const& to, std::string const& filter) {
+    return static_cast<long>(sendAll(history_.toResend(from, to, filter)).size());
+}
+
+std::vector<long> Connection::sendAll(std::vector<FixOutgoing> messages) {
+    if (!watch_.isLoggedOn()) {
+        failToSend(FixSendResult::notLoggedOn);
+    }
+    std::vector<long> ids;
+    if (!messages.empty()) {
+        waitForListeners();
+        FixSendResult const result = sendQueue_.send(std::move(messages), ids);
+        if (result != FixSendResult::sent) {
+            failToSend(result);
+        }
+    }
+    return ids;
+}
+
+void Connection::waitForListeners() {
+    if (!queue_.isDelivering() && !queue_.waitForRoom(sendPatience)) {
+        fail<ZANConnectionUnavailableException>(
+            described("the listeners take no events; nothing was stored"));
+    }
+}
+
+FixSendResult Connection::sendTogether(std::vector<FixOutgoing> const& messages,
+                                       std::vector<long>& ids) {
+    return session_->send(messages, sendPatience, ids);
+}
+
+void Connection::failToSend(FixSendResult result) {
+    LinkState const state = watch_.state();
+    if (result == FixSendResult::refused || state.has(FLAG_DB_ERROR)) {
+        fail<ZANPersistentStorageException>(described(state.lastError));
+    }
+    if (result == FixSendResult::peerTooSlow) {
+        std::string const text = "the counterparty does not read; nothing was sent";
+        watch_.setUnavailable(true, text);
+        fail<ZANConnectionUnavailableException>(described(text));
+    }
+    fail<ZANNotConnectedException>(described("not logged on"));
+}
+
+long Connection::post(std::string const& text) {
+    return postAll(
+               {converted(MessageKind::App, [&] { return outgoingFromText(text, dictionary_); })})
+        .front();
+}
+
+long Connection::post(counted_ptr<ZANMessage> const& message) {
+    return postAll({converted(MessageKind::App,
+                              [&] { return outgoingFromModel(fieldsOf(message), dictionary_); })})
+        .front();
+}
+
+void Connection::post(Messages const& messages) {
+    postAll(converted(messages));
+}
+
+std::vector<long> Connection::postAll(std::vector<OutgoingMessage> const& messages) {
+    waitForListeners();
+    std::vector<long> ids;
+    history_.guarded([&] {
+        std::lock_guard const turn(log_);
+        for (OutgoingMessage const& message : messages) {
+            ids.push_back(log_.append(internalEntry(message, settings_)));
+        }
+        std::vector<FixEntry> entries = log_.commit();
+        logged(entries);
+    });
+    return ids;
+}
+
+} // namespace zan::server

@@ -1,0 +1,110 @@
+#include "server/engine/SendQueue.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace zan::server;
+
+std::vector<FixOutgoing> messages(std::vector<std::string> const& types) {
+    std::vector<FixOutgoing> all;
+    for (std::string const& type : types) {
+        all.push_back({type, {}, false});
+    }
+    return all;
+}
+
+TEST(SendQueue, SendsAtOnceForOneThread) {
+    std::vector<std::size_t> sizes;
+    SendQueue queue([&](std::vector<FixOutgoing> const& all, std::vector<long>& ids) {
+        sizes.push_back(all.size());
+        ids = {7, 8};
+        return FixSendResult::sent;
+    });
+    std::vector<long> ids;
+    EXPECT_EQ(queue.send(messages({"D", "F"}), ids), FixSendResult::sent);
+    EXPECT_EQ(ids, (std::vector<long>{7, 8}));
+    EXPECT_EQ(sizes, (std::vector<std::size_t>{2}));
+}
+
+TEST(SendQueue, GivesEverybodyTheSameRefusal) {
+    SendQueue queue([](std::vector<FixOutgoing> const&, std::vector<long>&) {
+        return FixSendResult::peerTooSlow;
+    });
+    std::vector<long> ids;
+    EXPECT_EQ(queue.send(messages({"D"}), ids), FixSendResult::peerTooSlow);
+    EXPECT_TRUE(ids.empty());
+}
+
+// The first send is held until the others wait behind it, so that they go together.
+class SendQueueTogether : public testing::Test {
+protected:
+    void run(std::function<FixSendResult(std::size_t size)> answer) {
+        std::promise<void> entered;
+        std::promise<void> release;
+        std::atomic<bool> isFirst{true};
+        long next = 0;
+        SendQueue queue([&](std::vector<FixOutgoing> const& all, std::vector<long>& ids) {
+            if (isFirst.exchange(false)) {
+                entered.set_value();
+                release.get_future().wait();
+            }
+            sizes.push_back(all.size());
+            FixSendResult const result = answer(all.size());
+            if (result == FixSendResult::sent) {
+                for (FixOutgoing const& message : all) {
+                    idOf[message.msgType] = ++next;
+                    ids.push_back(next);
+                }
+            }
+            return result;
+        });
+        auto const sendAs = [&](std::string const& name) {
+            std::vector<long> ids;
+            FixSendResult const result = queue.send(messages({name + "1", name + "2"}), ids);
+            std::lock_guard const lock(mutex);
+            results[name] = result;
+            given[name] = ids;
+        };
+        std::thread first(sendAs, "a");
+        entered.get_future().wait();
+        std::thread second(sendAs, "b");
+        std::thread third(sendAs, "c");
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        release.set_value();
+        first.join();
+        second.join();
+        third.join();
+    }
+
+    std::mutex mutex;
+    std::vector<std::size_t> sizes;
+    std::map<std::string, long> idOf;
+    std::map<std::string, FixSendResult> results;
+    std::map<std::string, std::vector<long>> given;
+};
+
+TEST_F(SendQueueTogether, SendsForAllWhoWait) {
+    run([](std::size_t) { return FixSendResult::sent; });
+    EXPECT_EQ(sizes, (std::vector<std::size_t>{2, 4}));
+    for (std::string const name : {"a", "b", "c"}) {
+        EXPECT_EQ(given[name], (std::vector<long>{idOf[name + "1"], idOf[name + "2"]}));
+        EXPECT_EQ(given[name][1], given[name][0] + 1) << "others came between";
+    }
+}
+
+TEST_F(SendQueueTogether, TriesEachAloneWhenAllTogetherAreTooMuch) {
+    run([](std::size_t size) { return size > 2 ? FixSendResult::refused : FixSendResult::sent; });
+    EXPECT_EQ(sizes, (std::vector<std::size_t>{2, 4, 2, 2}));
+    EXPECT_EQ(results["b"], FixSendResult::sent);
+    EXPECT_EQ(results["c"], FixSendResult::sent);
+}
+
+} // namespace
