@@ -29,7 +29,7 @@ UPWARD = {("adapter/IZANEngineAdapter.cpp", "engine/ZANEngineProxy.h")}
 # Libraries of others are included in one place each.
 PLACES = {
     "quickfix/": ["server/sessions/", "tests/support/acceptor/", "benchmarks/"],
-    "sqlite3.h": ["server/log/", "tests/server/log/"],
+    "sqlite3.h": ["server/log/"],
     "nats/": ["transports/nats/"],
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]', re.MULTILINE)
