@@ -2,6 +2,14 @@
 
 #include "server/log/LogSchema.h"
 
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace zan::server {
 
 namespace {
@@ -10,8 +18,26 @@ namespace {
 // Usually that was done before, when nobody had to wait for it.
 constexpr char const* mostPagesAhead = "4000";
 
+// The database itself tells what it tried last, which is not what is wrong.
+[[noreturn]] void failToOpen(std::string const& file, SqliteFailure const& failure) {
+    std::error_code error;
+    auto const folder = std::filesystem::absolute(file, error).parent_path();
+    if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+        throw LogFailure(file + ": the folder cannot be written (" + std::strerror(errno) + ")");
+    }
+    throw failure;
+}
+
+Database openFile(std::string const& file) {
+    try {
+        return Database(file, Database::Access::Make);
+    } catch (SqliteFailure const& failure) {
+        failToOpen(file, failure);
+    }
+}
+
 Database opened(LogSettings const& settings) {
-    Database database(settings.file, Database::Access::Make);
+    Database database = openFile(settings.file);
     if (database.isReadOnly()) {
         database.failWith("the file cannot be written; it and its folder have to be writable");
     }
