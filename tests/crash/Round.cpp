@@ -73,8 +73,7 @@ void Round::kill(bool isEarly) {
     std::string const run = std::to_string(++runs_);
     ChildProcess program(CRASH_PROGRAM, {"load", url(), folder_, run});
     if (isEarly) {
-        sleepUpTo(100);
-        ++report_.early;
+        sleepUpTo(60);
     } else if (program.waitForLine("logged on").empty()) {
         report_.fault("programs that do not log on", "run " + run);
     } else {
@@ -82,6 +81,7 @@ void Round::kill(bool isEarly) {
     }
     program.end(SIGKILL);
     ++report_.kills;
+    report_.early += program.lines().empty() ? 1 : 0;
     for (std::string const& line : program.lines()) {
         if (line != "logged on") {
             report_.fault("programs that say more than they should", "run " + run + ": " + line);
@@ -108,7 +108,12 @@ void Round::finish() {
     std::string const run = std::to_string(++runs_);
     {
         ChildProcess program(CRASH_PROGRAM, {"finish", url(), folder_, run});
-        for (int patience = 0; patience < 6 && program.waitForLine("done").empty(); ++patience) {
+        bool isDone = false;
+        for (int patience = 0; patience < 6 && !isDone; ++patience) {
+            isDone = !program.waitForLine("done").empty();
+        }
+        if (!isDone) {
+            report_.fault("programs that do not come to an end", "run " + run);
         }
         for (std::string const& line : program.lines()) {
             if (line != "logged on" && line != "done") {
