@@ -3,7 +3,7 @@
 #ifndef ZANENGINE_EXAMPLES_DEMO_CONVERSATION_H
 #define ZANENGINE_EXAMPLES_DEMO_CONVERSATION_H
 
-#include "zanengine.h"
+#include "MessageLines.h"
 
 #include <condition_variable>
 #include <functional>
@@ -15,9 +15,6 @@
 /// Called on the engine's thread; the other operations wait for it on the thread of the demo.
 class Conversation : public IZANEventListener {
 public:
-    /// A message as the demo looks at it: its main fields by tag.
-    using Fields = std::map<int, std::string>;
-
     void processEvent(counted_ptr<ZANEvent> event) override;
     void processStateEvent(counted_ptr<ZANConnectionStateEvent> event) override;
 
@@ -26,13 +23,16 @@ public:
 
     /// The first execution report on this order with this status (tag 39). Throws
     /// `std::runtime_error` when there is none within five seconds.
-    Fields waitForReport(std::string const& order, char status);
+    MessageFields waitForReport(std::string const& order, char status);
 
     /// All execution reports on this order so far.
-    std::vector<Fields> reportsOn(std::string const& order);
+    std::vector<MessageFields> reportsOn(std::string const& order);
 
     /// Waits until the state of the connection has these flags. Throws like `waitForReport`.
     void waitForState(long flags);
+
+    /// Waits until a message of this type came in. Throws like `waitForReport`.
+    void waitForMessage(std::string const& type);
 
     /// How many messages of this type went out, and how many came in.
     int sent(std::string const& type);
@@ -44,7 +44,7 @@ private:
 
     std::mutex mutex_;
     std::condition_variable changed_;
-    std::vector<Fields> reports_;
+    std::vector<MessageFields> reports_;
     std::map<std::string, int> counts_; // by direction and type: ">D"
     long flags_ = 0;
 };

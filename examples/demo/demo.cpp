@@ -1,5 +1,6 @@
 // The demo: an application trades with a counterparty over real FIX, and shows the conversation.
 #include "Conversation.h"
+#include "ReportCollector.h"
 
 #include <iostream>
 #include <stdexcept>
@@ -15,7 +16,7 @@ void check(bool isTrue, std::string const& what) {
     }
 }
 
-double numberIn(Conversation::Fields const& fields, int tag) {
+double numberIn(MessageFields const& fields, int tag) {
     return std::stod(fields.at(tag));
 }
 
@@ -69,9 +70,79 @@ void cancelRestingOrder(ZANEngineProxy& engine, Conversation& conversation) {
           "nothing of the cancelled order was filled, and nothing is open");
 }
 
+std::string marketOrder() {
+    return "35=D|11=demo-4|55=IBM|54=2|38=30|40=1|60=" + infra::Time::now().toString();
+}
+
 void ping(ZANEngineProxy& engine, Conversation& conversation) {
     conversation.explain("Is the counterparty there? A test request, answered by a heartbeat.");
     check(engine.pingConnection(trader, connection, 5000), "the counterparty answers");
+    conversation.waitForMessage(ZAN::MSGTYPE_HEARTBEAT);
+}
+
+using Messages = std::vector<counted_ptr<ZANMessage>>;
+
+void print(Messages const& messages) {
+    for (counted_ptr<ZANMessage> const& message : messages) {
+        std::cout << lineOf(*message);
+    }
+}
+
+void showLog(ZANEngineProxy& engine, Conversation& conversation) {
+    conversation.explain("All of it is in the message log, each message once, stored before it was "
+                         "sent or delivered.\nAs a table (streams: 0 and 1 admin in and out, 2 and "
+                         "3 application in and out):");
+    std::vector<std::vector<std::string>> table;
+    engine.retrieveMessageLogData(trader, connection, -1, "id,time,stream,type,seq,sender,target",
+                                  "", "id", table);
+    std::cout << linesOf(table);
+    check(table.size() == 1 + 12, "the log has the 12 messages of the conversation so far");
+
+    conversation.explain("A query: type = '8' AND CAST(tag(32) AS INTEGER) > 0, the fills.");
+    Messages fills;
+    engine.retrieveMessagesByQuery(trader, connection, fills, -1,
+                                   "type = '8' AND CAST(tag(32) AS INTEGER) > 0", "", false);
+    print(fills);
+    check(fills.size() == 2, "there were two fills");
+
+    conversation.explain("The chain of demo-3: the cancel, the order that it belongs to, and their "
+                         "reports.");
+    Messages chain;
+    engine.retrieveMessageChain(trader, connection, chain, {}, {"demo-3"}, false);
+    print(chain);
+    check(chain.size() == 4, "order, report, cancel and report make the chain");
+}
+
+using Guaranteed = counted_ptr<ZANGuaranteedEngineMessageListener>;
+
+Guaranteed attachGuaranteed(ZANEngineProxy& engine, counted_ptr<IZANEventListener> const& desk) {
+    Guaranteed listener(new ZANGuaranteedEngineMessageListener(desk));
+    engine.subscribeDirect(trader, connection, false, true, false, listener);
+    listener->setSubscriptionFilter("type = '8'");
+    return listener;
+}
+
+void recoverLostMessages(ZANEngineProxy& engine, Conversation& conversation) {
+    conversation.explain("A guaranteed listener marks what it has consumed, and goes away. An "
+                         "order is filled meanwhile.");
+    std::vector<int> const before = engine.getMessageIds(
+        trader, connection, ZANGuaranteedEngineMessageListener::APP_MSG_FROM_COUNTERPARTY, true);
+    auto* const desk = new ReportCollector;
+    counted_ptr<IZANEventListener> const held(desk);
+    Guaranteed listener = attachGuaranteed(engine, held);
+    listener->setLastConsumedAppMessageFromCounterPartyId(connection, before.front());
+    engine.destroyDirectSubscriber(listener);
+    listener.reset();
+    engine.sendMessage(trader, connection, marketOrder());
+    conversation.waitForReport("demo-4", '2');
+
+    conversation.explain("It comes back and asks for what it may have lost (PossResend tells that "
+                         "it may know it):");
+    listener = attachGuaranteed(engine, held);
+    listener->retrievePotentiallyLostMessages();
+    engine.destroyDirectSubscriber(listener);
+    std::cout << desk->lines();
+    check(desk->count() == 3, "the three reports on demo-4 were delivered again, and nothing else");
 }
 
 void logOut(ZANEngineProxy& engine, Conversation& conversation) {
@@ -99,9 +170,11 @@ void showConversation() {
     tradeLimitOrder(engine, *conversation);
     cancelRestingOrder(engine, *conversation);
     ping(engine, *conversation);
+    showLog(engine, *conversation);
+    recoverLostMessages(engine, *conversation);
     logOut(engine, *conversation);
-    conversation->explain("All as it should be: acknowledged, filled 100 of 100, cancelled, "
-                          "answered, logged out.");
+    conversation->explain("All as it should be: filled, cancelled, answered, logged, found again, "
+                          "recovered, logged out.");
     ZANEngineProxy::uninitialize();
 }
 
