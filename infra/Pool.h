@@ -99,6 +99,46 @@ void release(void* block, std::size_t size) noexcept;
 
 #endif
 
+/// Blocks of one size for objects that are made one after the other. Not more blocks of that size
+/// may be given back meanwhile than were taken.
+class Batch {
+public:
+    /// Takes as many free blocks at once as are wanted and at hand.
+    Batch(std::size_t size, std::size_t wanted) : size_(size) {
+#ifdef ZAN_POOLS
+        if (ThreadCache* cache = threadCache) [[likely]] {
+            FreeList& list = cache->lists[sizeClassOf(size)];
+            left_ = wanted < list.count ? wanted : list.count;
+            list.count -= static_cast<unsigned>(left_);
+            next_ = list.blocks + list.count;
+        }
+#else
+        static_cast<void>(wanted);
+#endif
+    }
+    Batch(Batch const&) = delete;
+    Batch& operator=(Batch const&) = delete;
+    ~Batch() {
+        while (left_ > 0) {
+            release(take(), size_);
+        }
+    }
+
+    /// Throws `std::bad_alloc`.
+    [[gnu::always_inline]] void* take() {
+        if (left_ == 0) {
+            return allocate(size_);
+        }
+        --left_;
+        return *next_++;
+    }
+
+private:
+    std::size_t size_;
+    std::size_t left_ = 0;
+    void* const* next_ = nullptr;
+};
+
 /// Puts the storage of a standard container into the pool.
 template <class T>
 struct Allocator {

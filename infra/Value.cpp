@@ -102,10 +102,8 @@ void Value::setLongText(std::string_view text) {
     payload_.type = STRING;
 }
 
-long Value::asLong() const {
+long Value::wholeNumber() const {
     switch (payload_.type) {
-    case LONG:
-        return load<long>();
     case BOOL:
         return load<bool>() ? 1 : 0;
     case DOUBLE: {
@@ -137,10 +135,8 @@ int Value::asInt() const {
     return static_cast<int>(number);
 }
 
-double Value::asDouble() const {
+double Value::number() const {
     switch (payload_.type) {
-    case DOUBLE:
-        return load<double>();
     case LONG:
         return static_cast<double>(load<long>());
     case BOOL:
@@ -177,10 +173,7 @@ bool Value::asBool() const {
     }
 }
 
-char Value::asChar() const {
-    if (payload_.type == CHAR) {
-        return load<char>();
-    }
+char Value::onlyCharacter() const {
     zan::DigitBuffer digits;
     auto const text = zan::defaultText(*this, digits);
     if (text.size() != 1) {

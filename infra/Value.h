@@ -145,6 +145,9 @@ private:
     void setText(std::string_view text);
     void setLongText(std::string_view text);
     [[nodiscard]] std::string_view longText() const;
+    [[nodiscard]] long wholeNumber() const;
+    [[nodiscard]] double number() const;
+    [[nodiscard]] char onlyCharacter() const;
     Value& assign(Value const& other);
 
     Payload payload_;
@@ -213,6 +216,18 @@ inline void Value::setText(std::string_view text) {
     copyShort(payload_.place, text.data(), text.size());
     payload_.size = static_cast<unsigned char>(text.size());
     payload_.type = STRING;
+}
+
+inline long Value::asLong() const {
+    return payload_.type == LONG ? load<long>() : wholeNumber();
+}
+
+inline double Value::asDouble() const {
+    return payload_.type == DOUBLE ? load<double>() : number();
+}
+
+inline char Value::asChar() const {
+    return payload_.type == CHAR ? load<char>() : onlyCharacter();
 }
 
 inline std::string_view Value::asStringView() const {

@@ -11,7 +11,7 @@ namespace zan {
 /// Room for the digits of any number.
 using DigitBuffer = char[32];
 
-/// The default text form; it lies in the value itself or in `digits`.
+/// The default text form; it lies in the value itself or at the beginning of `digits`.
 ZAN_API std::string_view defaultText(Value const& value, DigitBuffer& digits);
 
 /// Whether values are printed by `defaultText`: no presentation is installed, or the default one.

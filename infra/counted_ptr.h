@@ -23,6 +23,8 @@ struct default_destroy_policy {
 
 namespace zan {
 
+struct GroupAccess;
+
 /// One control block: which object is shared, and by how many pointers.
 struct CountBlock {
     void* object;
@@ -132,7 +134,13 @@ public:
     friend void swap(counted_ptr& left, counted_ptr& right) noexcept { left.swap(right); }
 
 private:
+    friend struct zan::GroupAccess; // takes the blocks of many pointers at once
+
     using Block = zan::CountBlock;
+
+    /// Takes ownership, with a control block at a place that was allocated for it.
+    [[gnu::always_inline]] counted_ptr(T* object, void* place) noexcept
+        : block_(::new (place) Block{erase(object), 1}) {}
 
     [[gnu::always_inline]] static Block* newBlock(T* object) {
         try {

@@ -21,9 +21,9 @@ constexpr std::uint32_t tagOf(Key key) {
 }
 
 // The fields of a message are nearly sorted: some of the header stand out of order.
-void sortFew(Key* keys, std::size_t count) {
-    for (std::size_t i = 1; i < count; ++i) {
-        Key const key = keys[i];
+void sortFew(Key* keys, std::span<TextField const> fields) {
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        Key const key = keyOf(fields[i].tag, i);
         std::size_t to = i;
         for (; to > 0 && keys[to - 1] > key; --to) {
             keys[to] = keys[to - 1];
@@ -32,23 +32,32 @@ void sortFew(Key* keys, std::size_t count) {
     }
 }
 
+std::vector<Key> sortMany(std::span<TextField const> fields) {
+    std::vector<Key> keys(fields.size());
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        keys[i] = keyOf(fields[i].tag, i);
+    }
+    std::sort(keys.begin(), keys.end());
+    return keys;
+}
+
 } // namespace
 
 int GroupAccess::fill(ZANFieldGroup& group, std::span<TextField const> fields) {
     constexpr std::size_t few = 64;
     Key inPlace[few];
     std::vector<Key> many;
-    if (fields.size() > few) {
-        many.resize(fields.size());
+    Key const* keys = inPlace;
+    if (fields.size() <= few) {
+        sortFew(inPlace, fields);
+    } else {
+        many = sortMany(fields);
+        keys = many.data();
     }
-    Key* const keys = many.empty() ? inPlace : many.data();
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        keys[i] = keyOf(fields[i].tag, i);
-    }
-    many.empty() ? sortFew(keys, fields.size()) : std::sort(keys, keys + fields.size());
-
     FieldTable& table = group.storage_->fields;
     table.reserve(fields.size());
+    pool::Batch objects(sizeof(ZANField), fields.size());
+    pool::Batch counts(sizeof(CountBlock), fields.size());
     int repeated = 0;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (i + 1 < fields.size() && tagOf(keys[i]) == tagOf(keys[i + 1])) {
@@ -56,8 +65,7 @@ int GroupAccess::fill(ZANFieldGroup& group, std::span<TextField const> fields) {
             continue;
         }
         TextField const& field = fields[static_cast<std::uint32_t>(keys[i])];
-        table.append(field.tag,
-                     counted_ptr<ZANField>(new ZANField(field.tag, std::in_place, field.value)));
+        table.append(field.tag, newField(objects, counts, field.tag, std::in_place, field.value));
     }
     return repeated;
 }

@@ -5,6 +5,8 @@
 #define ZANENGINE_MESSAGE_GROUPACCESS_H
 
 #include "infra/Export.h"
+#include "infra/Pool.h"
+#include "infra/counted_ptr.h"
 #include "message/FieldGroupStorage.h"
 #include "message/ZANFieldGroup.h"
 
@@ -24,12 +26,41 @@ struct GroupAccess {
     /// Whether the group is no object of a derived class, which may have overridden everything. All
     /// that follows is for plain groups only.
     static bool isPlain(ZANFieldGroup const& group) {
-        return typeid(group) == typeid(ZANFieldGroup);
+        return &typeid(group) == &typeid(ZANFieldGroup);
     }
 
     /// The fields and the sub-groups by ascending tag, as they are.
     static FieldTable const& fields(ZANFieldGroup const& group) { return group.storage_->fields; }
     static GroupTable const& groups(ZANFieldGroup const& group) { return group.storage_->groups; }
+
+    /// The value of a field: of a plain one without a call.
+    static Value const& value(ZANField const& field) {
+        return &typeid(field) == &typeid(ZANField) ? field.value_ : field.getValue();
+    }
+
+    /// Whether a field is a plain one that has still the tag under which it is filed.
+    static bool isAsFiled(ZANField const& field, int tag) {
+        return &typeid(field) == &typeid(ZANField) && field.tag_ == tag;
+    }
+
+    /// A new field and its control block, out of blocks that were taken before: the next blocks are
+    /// found sooner when nothing is written in between.
+    template <class... Arguments>
+    [[gnu::always_inline]] static counted_ptr<ZANField>
+    newField(pool::Batch& objects, pool::Batch& counts, Arguments const&... arguments) {
+        void* const place = objects.take();
+        void* count = nullptr;
+        try {
+            count = counts.take();
+            return counted_ptr<ZANField>(::new (place) ZANField(arguments...), count);
+        } catch (...) {
+            pool::release(place, sizeof(ZANField));
+            if (count) {
+                pool::release(count, sizeof(CountBlock));
+            }
+            throw;
+        }
+    }
 
     /// Gives a group without fields these, as strings, in any order; of fields with the same tag
     /// the last one counts. Returns the lowest tag that stands twice, or 0.

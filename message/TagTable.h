@@ -152,6 +152,14 @@ public:
         return removed;
     }
 
+    /// All entries side by side; none where they lie in several runs.
+    struct Entries {
+        int const* tags;
+        Pointer const* pointers;
+        unsigned size;
+    };
+    Entries entries() const { return {first_.tags, first_.pointers, following_ ? 0 : first_.size}; }
+
     /// Makes room for `count` entries at once; only in a table that has had none.
     void reserve(std::size_t count) {
         unsigned capacity = shortestRun;

@@ -3,6 +3,7 @@
 #include "infra/InfraException.h"
 #include "message/FieldGroupIterators.h"
 #include "message/FieldGroupStorage.h"
+#include "message/GroupAccess.h"
 
 #include <typeinfo>
 #include <utility>
@@ -19,6 +20,13 @@ constexpr std::size_t usualInstanceCount = 4;
 // A derived class may have overridden any operation, so only plain objects take short cuts.
 bool isPlainField(ZANField const& field) {
     return &typeid(field) == &typeid(ZANField);
+}
+
+template <class Payload>
+[[gnu::always_inline]] inline counted_ptr<ZANField> newField(int tag, Payload const& payload) {
+    zan::pool::Batch object(sizeof(ZANField), 1);
+    zan::pool::Batch count(sizeof(zan::CountBlock), 1);
+    return zan::GroupAccess::newField(object, count, tag, std::in_place, payload);
 }
 
 counted_ptr<ZANField> copyOf(ZANField const& field) {
@@ -111,7 +119,7 @@ template <class Payload>
     auto& fields = storage_->fields;
     auto const place = fields.locate(tag);
     if (!place.found) {
-        fields.insert(place, tag, counted_ptr<ZANField>(new ZANField(tag, std::in_place, payload)));
+        fields.insert(place, tag, newField(tag, payload));
     } else if (isPlainField(*fields.at(place))) {
         fields.at(place)->putValue(payload);
     } else {
@@ -312,8 +320,19 @@ void ZANFieldGroup::copyFrom(ZANFieldGroup const& other) {
 [[gnu::flatten]] void ZANFieldGroup::copyPlainFields(ZANFieldGroup const& other) {
     auto const& fields = other.storage_->fields;
     auto& copies = storage_->fields;
-    copies.reserve(fields.size());
-    for (zan::FieldTable::Cursor cursor(fields); cursor.hasNext(); cursor.next()) {
+    std::size_t const size = fields.size();
+    copies.reserve(size);
+    zan::FieldTable::Cursor cursor(fields);
+    {
+        zan::pool::Batch objects(sizeof(ZANField), size);
+        zan::pool::Batch counts(sizeof(zan::CountBlock), size);
+        for (; cursor.hasNext() && zan::GroupAccess::isAsFiled(*cursor.pointer(), cursor.tag());
+             cursor.next()) {
+            copies.append(cursor.tag(),
+                          zan::GroupAccess::newField(objects, counts, *cursor.pointer()));
+        }
+    }
+    for (; cursor.hasNext(); cursor.next()) {
         auto copy = copyOf(*cursor.pointer());
         int const tag = copy->tag_;
         put(copies, tag, std::move(copy));
