@@ -48,8 +48,8 @@ private:
     // The type decides which groups there are, and text that people write may hold it anywhere.
     void findType(FieldCursor cursor) {
         while (cursor.next()) {
-            if (cursor.field().tag == typeTag) {
-                type_ = cursor.field().value;
+            if (cursor.tag() == typeTag) {
+                type_ = cursor.value();
                 return;
             }
         }
@@ -57,10 +57,10 @@ private:
     }
 
     void advance() { hasField_ = cursor_.next(); }
-    int tag() const { return cursor_.field().tag; }
+    int tag() const { return cursor_.tag(); }
 
     void readField() {
-        pending_.push_back(cursor_.field());
+        pending_.push_back({cursor_.tag(), cursor_.value()});
         advance();
     }
 

@@ -10,14 +10,20 @@ namespace {
 
 class FixFieldsSink {
 public:
-    void field(int tag, std::string_view value) {
-        if (value.find(fieldSeparator) != std::string_view::npos) {
+    bool field(int tag, std::string_view text) {
+        if (text.find(fieldSeparator) != std::string_view::npos) {
             refusal::separatorInside(tag);
         }
-        data(tag, value);
+        data(tag, text);
+        return !text.empty();
     }
 
-    void data(int tag, std::string_view value) { fields_.push_back({tag, std::string(value)}); }
+    bool field(int tag, Value const& value) {
+        DigitBuffer digits;
+        return field(tag, defaultText(value, digits));
+    }
+
+    void data(int tag, std::string_view text) { fields_.push_back({tag, std::string(text)}); }
 
     FixFields take() { return std::move(fields_); }
 
@@ -33,7 +39,9 @@ FixFields writeFields(ZANFieldGroup const& message, std::string const& type,
         return writeFields(ZANFieldGroup(message), type, dictionary);
     }
     FixFieldsSink sink;
-    ModelWalk<FixFieldsSink>(type, dictionary, sink).top(message, [](int) { return true; });
+    ModelWalk<FixFieldsSink> walk(dictionary, sink);
+    walk.setType(type);
+    walk.top(message, [](int) { return true; });
     return sink.take();
 }
 

@@ -1,6 +1,53 @@
 #include "server/wire/ModelWalk.h"
 
-namespace zan::server::refusal {
+namespace zan::server {
+
+bool Members::sortFrom(std::size_t first) {
+    constexpr std::size_t few = 16;
+    if (keys.size() - first > few) {
+        std::sort(keys.begin() + static_cast<std::ptrdiff_t>(first), keys.end());
+    } else {
+        for (std::size_t i = first + 1; i < keys.size(); ++i) {
+            Key const key = keys[i];
+            std::size_t to = i;
+            for (; to > first && key < keys[to - 1]; --to) {
+                keys[to] = keys[to - 1];
+            }
+            keys[to] = key;
+        }
+    }
+    return first < keys.size() && keys[first] >> 32 == 0;
+}
+
+bool InstanceLayout::learn(Entries const& entries, CompiledGroup const& rule) {
+    size_ = 0;
+    if (entries.size > most) {
+        return false;
+    }
+    int positions[most];
+    for (unsigned i = 0; i < entries.size; ++i) {
+        PlacedTag const* const placed = rule.members.find(entries.tags[i]);
+        if (!placed || placed->group != PlacedTag::noGroup || isLengthOrData(entries.tags[i]) ||
+            !entries.pointers[i]) {
+            return false;
+        }
+        unsigned to = i;
+        for (; to > 0 && positions[to - 1] > placed->position; --to) {
+            positions[to] = positions[to - 1];
+            order_[to] = order_[to - 1];
+        }
+        positions[to] = placed->position;
+        order_[to] = static_cast<std::uint8_t>(i);
+        tags_[i] = entries.tags[i];
+    }
+    if (entries.size == 0 || positions[0] != 0) {
+        return false;
+    }
+    size_ = entries.size;
+    return true;
+}
+
+namespace refusal {
 
 namespace {
 
@@ -56,4 +103,6 @@ void stranger(int tag, int groupTag, std::string_view type) {
                            "; a DataDictionary that knows it would be right");
 }
 
-} // namespace zan::server::refusal
+} // namespace refusal
+
+} // namespace zan::server

@@ -14,6 +14,7 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <cstdint>
 #include <memory_resource>
 #include <optional>
 #include <string>
@@ -27,13 +28,18 @@ namespace zan::server {
 class FieldValueText {
 public:
     std::string_view of(ZANField const& field) {
-        Value const& value = field.getValue();
+        Value const& value = GroupAccess::value(field);
         if (!isDefault_) [[unlikely]] {
             presented_ = value.asString();
             return presented_;
         }
         return value.getType() == Value::STRING ? value.asStringView()
                                                 : defaultText(value, digits_);
+    }
+
+    /// The value itself where its default text is asked for, and null where another one is.
+    Value const* defaultOf(ZANField const& field) const {
+        return isDefault_ ? &GroupAccess::value(field) : nullptr;
     }
 
 private:
@@ -69,126 +75,234 @@ namespace refusal {
 [[noreturn]] void stranger(int tag, int groupTag, std::string_view type);
 } // namespace refusal
 
-/// Gives the fields of a model one by one to a sink, which has `field(tag, value)` for usual fields
-/// and `data(tag, value)` for those whose value may hold separators. A value is good until the sink
-/// returns.
+/// The members of all instances that are open, those of the innermost one last.
+struct Members {
+    /// A field, instances of a group, or both.
+    struct Member {
+        int tag;
+        ZANField const* field;
+        InstanceList const* instances;
+        PlacedTag const* placed;
+    };
+
+    /// Where a member stands in its instance, before its index among the members.
+    using Key = std::uint64_t;
+
+    Members() {
+        all.reserve(usual);
+        keys.reserve(usual);
+    }
+
+    void add(Member const& member) {
+        keys.push_back(static_cast<Key>(member.placed->position) << 32 | all.size());
+        all.push_back(member);
+    }
+
+    Member const& inOrder(std::size_t index) const {
+        return all[static_cast<std::uint32_t>(keys[index])];
+    }
+
+    /// False when the delimiter is not there.
+    bool sortFrom(std::size_t first);
+
+    void dropFrom(std::size_t first) {
+        keys.resize(first);
+        all.resize(first);
+    }
+
+    static constexpr std::size_t usual = 64;
+
+    alignas(Member) std::array<std::byte, usual*(sizeof(Member) + sizeof(Key))> place;
+    std::pmr::monotonic_buffer_resource resource{place.data(), place.size()};
+    std::pmr::vector<Member> all{&resource};
+    std::pmr::vector<Key> keys{&resource};
+};
+
+/// The tags of an instance that holds usual fields only, and their order on the wire. The instances
+/// of a group have the same ones nearly always.
+class InstanceLayout {
+public:
+    using Entries = FieldTable::Entries;
+
+    /// Whether an instance has this layout, or has one that can be learned.
+    [[gnu::always_inline]] bool fits(Entries const& entries, CompiledGroup const& rule) {
+        if (entries.size != size_ || size_ == 0) {
+            return learn(entries, rule);
+        }
+        int differences = 0;
+        for (unsigned i = 0; i < size_; ++i) {
+            differences |= entries.tags[i] ^ tags_[i];
+        }
+        return differences == 0 || learn(entries, rule);
+    }
+
+    unsigned size() const { return size_; }
+    unsigned index(unsigned position) const { return order_[position]; }
+
+private:
+    static constexpr unsigned most = 16;
+
+    bool learn(Entries const& entries, CompiledGroup const& rule);
+
+    unsigned size_ = 0;
+    int tags_[most];
+    std::uint8_t order_[most];
+};
+
+/// Gives the fields of a model one by one to a sink, which has `field(tag, text)` and
+/// `field(tag, value)` for usual fields and `data(tag, text)` for those whose text may hold
+/// separators; `field` answers whether the text was not empty. All are good until the sink returns.
 template <class Sink>
 class ModelWalk {
 public:
-    ModelWalk(std::string_view type, CompiledDictionary const& dictionary, Sink& sink)
-        : type_(type), dictionary_(dictionary), sink_(sink) {
-        entries_.reserve(usualEntries);
+    ModelWalk(CompiledDictionary const& dictionary, Sink& sink)
+        : dictionary_(dictionary), sink_(sink) {}
+
+    /// The text of a field at the top of a message, empty when there is none; good until the next
+    /// operation.
+    std::string_view valueOf(ZANFieldGroup const& message, int tag) {
+        auto const* const field = GroupAccess::fields(message).find(tag);
+        return field && *field ? text_.of(**field) : std::string_view();
+    }
+
+    /// The type of the message, which tells its groups; looks into what the caller has.
+    void setType(std::string_view type) {
+        type_ = type;
+        groups_ = &dictionary_.groupsOf(type);
     }
 
     /// The top level of a message, by ascending tags, as far as they are wanted. Only a plain
-    /// group.
+    /// group, and after the type.
     template <class Wanted>
-    void top(ZANFieldGroup const& message, Wanted wanted) {
-        PlacedTags const& placed = dictionary_.groupsOf(type_);
-        merged(message, [&](Entry const& entry) {
-            if (wanted(entry.tag)) {
-                write(message, entry, placed.find(entry.tag), 0);
-            }
-        });
+    [[gnu::always_inline]] void top(ZANFieldGroup const& message, Wanted wanted) {
+        merged(
+            message, wanted,
+            [&](int tag, ZANField const* field, InstanceList const* instances) __attribute__((
+                always_inline)) { write(message, 0, tag, field, instances, groups_->find(tag)); });
     }
 
 private:
-    // What stands under a tag: a field, instances of a group, or both.
-    struct Entry {
-        int tag;
-        ZANField const* field;
-        InstanceList const* group;
-        PlacedTag const* placed;
+    using Member = Members::Member;
 
-        std::size_t instances() const { return group ? group->instances.size() : 0; }
-    };
+    static ZANField const* fieldAt(FieldTable::Cursor const& cursor) {
+        return cursor.pointer().get();
+    }
 
-    template <class Use>
-    static void merged(ZANFieldGroup const& group, Use use) {
+    static InstanceList const* instancesAt(GroupTable::Cursor const& cursor) {
+        return cursor.pointer().get();
+    }
+
+    template <class Wanted, class Use>
+    [[gnu::always_inline]] static void merged(ZANFieldGroup const& group, Wanted wanted, Use use) {
         FieldTable::Cursor fields(GroupAccess::fields(group));
         GroupTable::Cursor groups(GroupAccess::groups(group));
-        while (fields.hasNext() && groups.hasNext()) {
-            int const tag = std::min(fields.tag(), groups.tag());
-            Entry entry{tag, nullptr, nullptr, nullptr};
-            if (fields.tag() == tag) {
-                entry.field = fields.pointer().get();
+        for (; groups.hasNext(); groups.next()) {
+            int const tag = groups.tag();
+            useFields(fields, tag, wanted, use);
+            bool const isFieldToo = fields.hasNext() && fields.tag() == tag;
+            if (wanted(tag)) {
+                use(tag, isFieldToo ? fieldAt(fields) : nullptr, instancesAt(groups));
+            }
+            if (isFieldToo) {
                 fields.next();
             }
-            if (groups.tag() == tag) {
-                entry.group = groups.pointer().get();
-                groups.next();
+        }
+        useFields(fields, behindAllTags, wanted, use);
+    }
+
+    template <class Wanted, class Use>
+    [[gnu::always_inline]] static void useFields(FieldTable::Cursor& fields, std::int64_t end,
+                                                 Wanted const& wanted, Use const& use) {
+        for (; fields.hasNext() && fields.tag() < end; fields.next()) {
+            if (wanted(fields.tag())) {
+                use(fields.tag(), fieldAt(fields), nullptr);
             }
-            use(entry);
-        }
-        for (; fields.hasNext(); fields.next()) {
-            use(Entry{fields.tag(), fields.pointer().get(), nullptr, nullptr});
-        }
-        for (; groups.hasNext(); groups.next()) {
-            use(Entry{groups.tag(), nullptr, groups.pointer().get(), nullptr});
         }
     }
 
-    void write(ZANFieldGroup const& group, Entry const& entry, PlacedTag const* placed,
-               int groupTag) {
+    // What stands under a tag of a group, whose own tag is 0 at the top.
+    [[gnu::always_inline]] void write(ZANFieldGroup const& group, int groupTag, int tag,
+                                      ZANField const* field, InstanceList const* instances,
+                                      PlacedTag const* placed) {
         bool const isCount = placed && placed->group != PlacedTag::noGroup;
-        if (entry.tag <= 0) {
-            refusal::badTag(entry.tag);
+        if (isCount || instances || !field || isLengthOrData(tag) || tag <= 0) [[unlikely]] {
+            writeOdd(group, groupTag, tag, field, instances, isCount ? placed : nullptr);
+            return;
         }
-        if (entry.group && !isCount) {
-            refusal::stranger(entry.tag, groupTag, type_);
-        }
-        if (isCount && entry.field) {
-            checkCount(entry);
-        }
-        if (entry.group) {
-            writeGroup(*entry.group, *placed);
-        } else if (entry.field) {
-            writeField(group, entry);
+        writeUsual(tag, *field);
+    }
+
+    [[gnu::always_inline]] void writeUsual(int tag, ZANField const& field) {
+        Value const* const value = text_.defaultOf(field);
+        if (!(value ? sink_.field(tag, *value) : sink_.field(tag, text_.of(field)))) {
+            refusal::emptyValue(tag);
         }
     }
 
-    void checkCount(Entry const& entry) {
-        auto const told = text_.of(*entry.field);
-        if (told != NumberText(entry.instances())) {
-            refusal::wrongCount(entry.tag, told, entry.instances());
+    [[gnu::noinline]] void writeOdd(ZANFieldGroup const& group, int groupTag, int tag,
+                                    ZANField const* field, InstanceList const* instances,
+                                    PlacedTag const* count) {
+        if (tag <= 0) {
+            refusal::badTag(tag);
+        }
+        if (instances && !count) {
+            refusal::stranger(tag, groupTag, type_);
+        }
+        if (count && field) {
+            checkCount(tag, *field, instances ? instances->instances.size() : 0);
+        }
+        if (instances) {
+            writeGroup(*instances, *count);
+        } else if (field && isLengthOrData(tag)) {
+            writeLengthOrData(group, tag, *field);
+        } else if (field) {
+            sink_.field(tag, text_.of(*field));
         }
     }
 
-    void writeField(ZANFieldGroup const& group, Entry const& entry) {
-        std::string_view const value = text_.of(*entry.field);
-        if (value.empty()) {
-            refusal::emptyValue(entry.tag);
+    void checkCount(int tag, ZANField const& field, std::size_t instances) {
+        auto const told = text_.of(field);
+        if (told != NumberText(instances)) {
+            refusal::wrongCount(tag, told, instances);
         }
-        if (int const dataTag = dataTagOf(entry.tag)) {
-            checkLength(group, entry.tag, dataTag, value);
-        } else if (int const lengthTag = lengthTagOf(entry.tag)) {
-            sink_.field(lengthTag, NumberText(value.size()));
-            sink_.data(entry.tag, value);
+    }
+
+    void writeLengthOrData(ZANFieldGroup const& group, int tag, ZANField const& field) {
+        std::string_view const text = text_.of(field);
+        if (text.empty()) {
+            refusal::emptyValue(tag);
+        }
+        if (int const dataTag = dataTagOf(tag)) {
+            checkLength(group, tag, dataTag, text);
         } else {
-            sink_.field(entry.tag, value);
+            sink_.field(lengthTagOf(tag), NumberText(text.size()));
+            sink_.data(tag, text);
         }
     }
 
     // The length is written with the data that it belongs to.
-    static void checkLength(ZANFieldGroup const& group, int tag, int dataTag,
-                            std::string_view told) {
+    void checkLength(ZANFieldGroup const& group, int tag, int dataTag, std::string_view told) {
         auto const* const data = GroupAccess::fields(group).find(dataTag);
         if (!data || !*data) {
             refusal::dataMissing(tag, dataTag);
         }
-        FieldValueText text;
-        std::size_t const length = text.of(**data).size();
-        if (told != NumberText(length)) {
-            refusal::wrongLength(tag, told, dataTag, length);
+        std::string const toldText(told);
+        std::size_t const length = text_.of(**data).size();
+        if (toldText != std::string_view(NumberText(length))) {
+            refusal::wrongLength(tag, toldText, dataTag, length);
         }
     }
 
     void writeGroup(InstanceList const& list, PlacedTag const& placed) {
         CompiledGroup const& rule = dictionary_.group(placed);
         sink_.field(placed.tag, NumberText(list.instances.size()));
+        InstanceLayout layout;
         for (auto const& instance : list.instances) {
             if (!instance) {
                 refusal::emptyInstance(placed.tag);
+            }
+            if (GroupAccess::isPlain(*instance) && writeFlat(*instance, rule, layout)) {
+                continue;
             }
             if (GroupAccess::isPlain(*instance)) {
                 writeInstance(*instance, rule);
@@ -198,58 +312,52 @@ private:
         }
     }
 
+    // False when it is more than usual fields.
+    [[gnu::always_inline]] bool writeFlat(ZANFieldGroup const& instance, CompiledGroup const& rule,
+                                          InstanceLayout& layout) {
+        auto const entries = GroupAccess::fields(instance).entries();
+        if (!GroupAccess::groups(instance).empty() || !layout.fits(entries, rule)) {
+            return false;
+        }
+        for (unsigned i = 0; i < layout.size(); ++i) {
+            unsigned const index = layout.index(i);
+            writeUsual(entries.tags[index], *entries.pointers[index]);
+        }
+        return true;
+    }
+
     void writeInstance(ZANFieldGroup const& instance, CompiledGroup const& rule) {
-        std::size_t const first = entries_.size();
-        merged(instance, [&](Entry entry) {
-            entry.placed = rule.members.find(entry.tag);
-            if (!entry.placed) {
-                refusal::stranger(entry.tag, rule.countTag, type_);
-            }
-            entries_.push_back(entry);
-        });
-        sortFrom(first);
-        if (first == entries_.size() || entries_[first].placed->position != 0) {
+        Members& members = members_ ? *members_ : members_.emplace();
+        std::size_t const first = members.all.size();
+        merged(
+            instance, [](int) { return true; },
+            [&](int tag, ZANField const* field, InstanceList const* instances) {
+                PlacedTag const* const placed = rule.members.find(tag);
+                if (!placed) {
+                    refusal::stranger(tag, rule.countTag, type_);
+                }
+                members.add({tag, field, instances, placed});
+            });
+        if (!members.sortFrom(first)) {
             refusal::delimiterMissing(rule.delimiter, rule.countTag);
         }
-        // Those of nested instances come and go behind them.
-        for (std::size_t i = first, end = entries_.size(); i < end; ++i) {
-            Entry const entry = entries_[i];
-            write(instance, entry, entry.placed, rule.countTag);
+        // Those of nested instances come and go behind them, and may move them all.
+        for (std::size_t i = first, end = members.keys.size(); i < end; ++i) {
+            Member const& member = members.inOrder(i);
+            write(instance, rule.countTag, member.tag, member.field, member.instances,
+                  member.placed);
         }
-        entries_.resize(first);
+        members.dropFrom(first);
     }
 
-    static bool standsBefore(Entry const& left, Entry const& right) {
-        return left.placed->position < right.placed->position;
-    }
+    static constexpr std::int64_t behindAllTags = std::int64_t{1} << 31;
 
-    void sortFrom(std::size_t first) {
-        constexpr std::size_t few = 16;
-        if (entries_.size() - first > few) {
-            std::sort(entries_.begin() + static_cast<std::ptrdiff_t>(first), entries_.end(),
-                      standsBefore);
-            return;
-        }
-        for (std::size_t i = first + 1; i < entries_.size(); ++i) {
-            Entry const entry = entries_[i];
-            std::size_t to = i;
-            for (; to > first && standsBefore(entry, entries_[to - 1]); --to) {
-                entries_[to] = entries_[to - 1];
-            }
-            entries_[to] = entry;
-        }
-    }
-
-    static constexpr std::size_t usualEntries = 64;
-
-    std::string_view type_;
     CompiledDictionary const& dictionary_;
     Sink& sink_;
+    std::string_view type_;
+    PlacedTags const* groups_ = nullptr;
     FieldValueText text_;
-    // The members of all instances that are open, the innermost ones last.
-    alignas(Entry) std::array<std::byte, usualEntries * sizeof(Entry)> place_;
-    std::pmr::monotonic_buffer_resource resource_{place_.data(), place_.size()};
-    std::pmr::vector<Entry> entries_{&resource_};
+    std::optional<Members> members_;
 };
 
 } // namespace zan::server

@@ -44,8 +44,8 @@ OutgoingMessage outgoingFromText(std::string_view text, CompiledDictionary const
     OutgoingMessage message{typeOf(*model), {}};
     FieldCursor cursor(text, separator, Reading::Strict);
     while (cursor.next()) {
-        if (!isSetByEngine(cursor.field().tag)) {
-            message.body.push_back({cursor.field().tag, std::string(cursor.field().value)});
+        if (!isSetByEngine(cursor.tag())) {
+            message.body.push_back({cursor.tag(), std::string(cursor.value())});
         }
     }
     return message;

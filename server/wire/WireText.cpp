@@ -17,32 +17,41 @@ namespace zan::server {
 
 namespace {
 
-enum : int { versionTag = 8, lengthTag = 9, checksumTag = 10, typeTag = 35 };
-
-class TagSet {
-public:
-    constexpr TagSet(std::initializer_list<int> tags) {
-        for (int const tag : tags) {
-            words_[static_cast<unsigned>(tag) / 64] |= std::uint64_t{1} << tag % 64;
-        }
-    }
-
-    constexpr bool holds(int tag) const {
-        auto const index = static_cast<unsigned>(tag);
-        return index < 64 * size && (words_[index / 64] >> index % 64 & 1) != 0;
-    }
-
-private:
-    static constexpr unsigned size = 19;
-    std::uint64_t words_[size] = {};
+enum : int {
+    versionTag = 8,
+    lengthTag = 9,
+    checksumTag = 10,
+    typeTag = 35,
+    signatureTag = 89,
+    signatureLengthTag = 93
 };
 
-// These four stand where they have to, whatever the model holds.
-constexpr TagSet frameTags = {versionTag, lengthTag, checksumTag, typeTag};
-constexpr TagSet headerTags = {34,  43,  49,  50,  52,  56,   57,   90,  91,  97,
-                               115, 116, 122, 128, 129, 142,  143,  144, 145, 212,
-                               213, 347, 369, 370, 627, 1128, 1129, 1156};
-constexpr TagSet trailerTags = {89, 93};
+/// Where a tag stands in a message.
+enum class Part : std::uint8_t { body, header, trailer, frame };
+
+constexpr short headerTags[] = {34,  43,  49,  50,  52,  56,   57,   90,  91,  97,
+                                115, 116, 122, 128, 129, 142,  143,  144, 145, 212,
+                                213, 347, 369, 370, 627, 1128, 1129, 1156};
+constexpr unsigned behindHeaderTags = 1157;
+
+struct Parts {
+    constexpr Parts() {
+        for (short const tag : headerTags) {
+            of[tag] = Part::header;
+        }
+        of[signatureLengthTag] = of[signatureTag] = Part::trailer;
+        // These stand where they have to, whatever the model holds.
+        of[versionTag] = of[lengthTag] = of[checksumTag] = of[typeTag] = Part::frame;
+    }
+    Part of[behindHeaderTags] = {};
+};
+
+constexpr Parts parts;
+
+Part partOf(int tag) {
+    auto const index = static_cast<unsigned>(tag);
+    return index < behindHeaderTags ? parts.of[index] : Part::body;
+}
 
 struct Tally {
     unsigned sum = 0; ///< of all bytes
@@ -110,6 +119,17 @@ char* put(char* to, std::string_view text) {
     return to + size;
 }
 
+char* putNumber(char* to, long number) {
+    if (number >= 0 && number < 100) {
+        if (number >= 10) {
+            *to++ = static_cast<char>('0' + number / 10);
+        }
+        *to++ = static_cast<char>('0' + number % 10);
+        return to;
+    }
+    return std::to_chars(to, to + sizeof(DigitBuffer), number).ptr;
+}
+
 char* putTag(char* to, int tag) {
     auto const digit = [](int value) { return static_cast<char>('0' + value); };
     if (tag < 10) {
@@ -128,27 +148,36 @@ char* putTag(char* to, int tag) {
     return to;
 }
 
-/// Writes fields behind what a text holds; takes them back when it is not finished.
+/// Writes fields one behind the other.
 class TextSink {
 public:
-    explicit TextSink(std::string& text) : text_(text), start_(text.size()) {
-        text_.resize(start_ + usualRoom);
-        at_ = text_.data() + start_;
-    }
-    TextSink(TextSink const&) = delete;
-    TextSink& operator=(TextSink const&) = delete;
-    ~TextSink() { text_.resize(start_); }
-
-    void field(int tag, std::string_view value) {
-        makeRoom(value.size());
-        at_ = put(putTag(at_, tag), value);
-        *at_++ = fieldSeparator;
-        ++separators_;
+    [[gnu::always_inline]] bool field(int tag, std::string_view text) {
+        char* const at = roomFor(text.size());
+        endField(put(putTag(at, tag), text));
+        return !text.empty();
     }
 
-    void data(int tag, std::string_view value) {
-        field(tag, value);
-        separators_ += static_cast<std::size_t>(std::ranges::count(value, fieldSeparator));
+    [[gnu::always_inline]] bool field(int tag, Value const& value) {
+        if (value.getType() == Value::STRING) [[likely]] {
+            return field(tag, value.asStringView());
+        }
+        char* at = putTag(roomFor(0), tag);
+        switch (value.getType()) {
+        case Value::CHAR:
+            *at++ = value.asChar();
+            endField(at);
+            return true;
+        case Value::LONG:
+            endField(putNumber(at, value.asLong()));
+            return true;
+        default:
+            return number(at, value);
+        }
+    }
+
+    void data(int tag, std::string_view text) {
+        field(tag, text);
+        separators_ += static_cast<std::size_t>(std::ranges::count(text, fieldSeparator));
     }
 
     /// The length of the body, three digits for now.
@@ -161,8 +190,8 @@ public:
         std::size_t const length = written() - body_;
         NumberText const digits(length);
         std::size_t const wanted = std::string_view(digits).size();
-        makeRoom(wanted);
-        char* const slot = text_.data() + start_ + body_ - reservedDigits - 1;
+        roomFor(wanted);
+        char* const slot = begin_ + body_ - reservedDigits - 1;
         if (wanted != reservedDigits) {
             std::memmove(slot + wanted, slot + reservedDigits, length + 1);
             at_ = slot + wanted + 1 + length;
@@ -170,47 +199,99 @@ public:
         put(slot, digits);
     }
 
-    /// Adds the checksum and keeps the text. False when a value holds a separator that it must not.
-    bool finish() {
-        Tally const all = tally({text_.data() + start_, written()});
-        if (all.separators != separators_) {
-            return false;
-        }
+    /// False when a value holds a separator that it must not.
+    bool addChecksum() {
+        Tally const all = tally(text());
+        bool const isGood = all.separators == separators_;
         unsigned const sum = all.sum % 256;
-        char const digits[] = {static_cast<char>('0' + sum / 100),
-                               static_cast<char>('0' + sum / 10 % 10),
-                               static_cast<char>('0' + sum % 10)};
-        field(checksumTag, {digits, sizeof digits});
-        start_ += written();
-        return true;
+        char* at = putTag(roomFor(checksumDigits), checksumTag);
+        for (unsigned const digit : {sum / 100, sum / 10 % 10, sum % 10}) {
+            *at++ = static_cast<char>('0' + digit);
+        }
+        endField(at);
+        return isGood;
     }
+
+    std::string_view text() const { return {begin_, written()}; }
 
 private:
-    static constexpr std::size_t usualRoom = 512;
-    static constexpr std::size_t reservedDigits = 3;
-    // A tag of ten digits, '=' and the separator; some more for a length with many digits.
-    static constexpr std::size_t roomAround = 32;
-
-    std::size_t written() const { return static_cast<std::size_t>(at_ - text_.data()) - start_; }
-
-    void makeRoom(std::size_t valueSize) {
-        std::size_t const used = start_ + written();
-        if (text_.size() - used < valueSize + roomAround) [[unlikely]] {
-            text_.resize(2 * text_.size() + valueSize + roomAround);
-            at_ = text_.data() + used;
-        }
+    // Digits are written where they stay.
+    bool number(char* at, Value const& value) {
+        std::string_view const text = defaultText(value, *reinterpret_cast<DigitBuffer*>(at));
+        endField(text.data() == at ? at + text.size() : put(at, text));
+        return !text.empty();
     }
 
-    std::string& text_;
-    std::size_t start_;
-    char* at_;
+    static constexpr std::size_t usualRoom = 1024;
+    static constexpr std::size_t reservedDigits = 3;
+    static constexpr std::size_t checksumDigits = 3;
+    // A tag of ten digits, '=', any number and the separator.
+    static constexpr std::size_t roomAround = 12 + sizeof(DigitBuffer);
+
+    // A pointer to characters may point to itself, for all that the compiler knows: it is read
+    // once for a field and written once.
+    void endField(char* at) {
+        *at = fieldSeparator;
+        at_ = at + 1;
+        ++separators_;
+    }
+
+    std::size_t written() const { return static_cast<std::size_t>(at_ - begin_); }
+
+    char* roomFor(std::size_t valueSize) {
+        if (static_cast<std::size_t>(end_ - at_) < valueSize + roomAround) [[unlikely]] {
+            grow(valueSize);
+        }
+        return at_;
+    }
+
+    [[gnu::noinline]] void grow(std::size_t valueSize) {
+        std::size_t const used = written();
+        std::string larger(2 * used + valueSize + usualRoom, '\0');
+        std::memcpy(larger.data(), begin_, used);
+        large_.swap(larger);
+        begin_ = large_.data();
+        at_ = begin_ + used;
+        end_ = begin_ + large_.size();
+    }
+
+    // A text of usual size is made here, where nothing has to be cleared for it.
+    char place_[usualRoom];
+    std::string large_;
+    char* begin_ = place_;
+    char* at_ = place_;
+    char* end_ = place_ + usualRoom;
     std::size_t body_ = 0;
     std::size_t separators_ = 0;
 };
 
-std::string_view textUnder(int tag, ZANFieldGroup const& message, FieldValueText& text) {
-    auto const* const field = GroupAccess::fields(message).find(tag);
-    return field && *field ? text.of(**field) : std::string_view();
+// A short text that stays when the model's values are looked at.
+std::string typeOf(ZANFieldGroup const& message, ModelWalk<TextSink>& walk) {
+    std::string type(walk.valueOf(message, typeTag));
+    if (type.empty()) {
+        throw MalformedMessage("tag 35, the type of the message, is missing");
+    }
+    return type;
+}
+
+void writeMessage(ZANFieldGroup const& message, CompiledDictionary const& dictionary,
+                  std::string const& type, ModelWalk<TextSink>& walk, TextSink& sink) {
+    std::string_view const version = walk.valueOf(message, versionTag);
+    sink.field(versionTag, version.empty() ? dictionary.beginString() : version);
+    sink.beginBody();
+    sink.field(typeTag, type);
+    walk.setType(type);
+    walk.top(message, [](int tag) { return partOf(tag) == Part::header; });
+    bool isSigned = false;
+    walk.top(message, [&](int tag) {
+        Part const part = partOf(tag);
+        isSigned |= part == Part::trailer;
+        return part == Part::body;
+    });
+    if (isSigned) {
+        walk.top(message, [](int tag) { return partOf(tag) == Part::trailer; });
+    }
+    sink.setBodyLength();
 }
 
 } // namespace
@@ -221,28 +302,15 @@ void appendWireText(std::string& text, ZANFieldGroup const& message,
         appendWireText(text, ZANFieldGroup(message), dictionary);
         return;
     }
-    FieldValueText versionText;
-    FieldValueText typeText;
-    std::string_view const version = textUnder(versionTag, message, versionText);
-    std::string_view const type = textUnder(typeTag, message, typeText);
-    if (type.empty()) {
-        throw MalformedMessage("tag 35, the type of the message, is missing");
-    }
-    TextSink sink(text);
-    ModelWalk<TextSink> walk(type, dictionary, sink);
-    sink.field(versionTag, version.empty() ? dictionary.beginString() : version);
-    sink.beginBody();
-    sink.field(typeTag, type);
-    walk.top(message, [](int tag) { return headerTags.holds(tag); });
-    walk.top(message, [](int tag) {
-        return !headerTags.holds(tag) && !frameTags.holds(tag) && !trailerTags.holds(tag);
-    });
-    walk.top(message, [](int tag) { return trailerTags.holds(tag); });
-    sink.setBodyLength();
-    if (!sink.finish()) {
-        writeFields(message, std::string(type), dictionary); // names the tag
+    TextSink sink;
+    ModelWalk<TextSink> walk(dictionary, sink);
+    std::string const type = typeOf(message, walk);
+    writeMessage(message, dictionary, type, walk, sink);
+    if (!sink.addChecksum()) {
+        writeFields(message, type, dictionary); // names the tag
         refusal::separatorInside(versionTag);
     }
+    text.append(sink.text());
 }
 
 std::string wireText(ZANFieldGroup const& message, CompiledDictionary const& dictionary) {
