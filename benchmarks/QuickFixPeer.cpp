@@ -2,6 +2,7 @@
 
 #include "Order.h"
 
+#include <quickfix/DataDictionary.h>
 #include <quickfix/Field.h>
 #include <quickfix/Group.h>
 #include <quickfix/Message.h>
@@ -94,6 +95,18 @@ void fill(FIX::Message& message, bool grouped, Values values) {
     }
 }
 
+FIX::DataDictionary newDictionary() {
+    FIX::DataDictionary dictionary;
+    for (auto const& group : order::repeating) {
+        FIX::DataDictionary instance;
+        for (auto const& field : group.fields) {
+            instance.addField(field.tag);
+        }
+        dictionary.addGroup(order::msgType, group.countTag, group.fields[0].tag, instance);
+    }
+    return dictionary;
+}
+
 FIX::Message const& asMessage(void const* message) {
     return *static_cast<FIX::Message const*>(message);
 }
@@ -148,6 +161,23 @@ int walk(void const* message) {
 
 void print(std::ostream& os, void const* message) {
     os << asMessage(message);
+}
+
+void write(void const* message, std::string& text) {
+    asMessage(message).toString(text);
+}
+
+void buildWriteAndDestroy(bool grouped, Values values, std::string& text) {
+    FIX::Message message;
+    fill(message, grouped, values);
+    message.toString(text);
+}
+
+void parseAndDestroy(std::string const& text, Checks checks) {
+    static FIX::DataDictionary const dictionary = newDictionary();
+    FIX::Message message;
+    message.setString(text, checks == Checks::lengthAndChecksum, &dictionary, &dictionary);
+    keep(&message);
 }
 
 } // namespace quickfix

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <iosfwd>
+#include <string>
 
 namespace quickfix {
 
@@ -29,6 +30,18 @@ std::size_t lookUp(void const* message, int const* tags, std::size_t count);
 int walk(void const* message);
 
 void print(std::ostream& os, void const* message);
+
+/// Replaces `text` by the text of the message.
+void write(void const* message, std::string& text);
+
+void buildWriteAndDestroy(bool grouped, Values values, std::string& text);
+
+/// `lengthAndChecksum`: whether the text's own length and checksum are true.
+enum class Checks { none, lengthAndChecksum };
+
+/// Reads an order from its text, with a dictionary that knows its groups, on the stack, and
+/// destroys it.
+void parseAndDestroy(std::string const& text, Checks checks);
 
 } // namespace quickfix
 
