@@ -121,7 +121,11 @@ void Connection::waitForListeners() {
 
 FixSendResult Connection::sendTogether(std::vector<FixOutgoing> const& messages,
                                        std::vector<long>& ids) {
-    return session_->send(messages, sendPatience, ids);
+    FixSendResult const result = session_->send(messages, sendPatience, ids);
+    if (result == FixSendResult::sent) {
+        watch_.setUnavailable(false, {});
+    }
+    return result;
 }
 
 void Connection::failToSend(FixSendResult result) {
