@@ -44,17 +44,21 @@ protected:
 
     static std::string lastError() { return engine().getConnectionState(me, "C")->getLastError(); }
 
-    /// The log's messages of a stream with their client order ids, by sequence number.
-    static std::map<int, std::string> ordersInLog() {
+    /// The values of a field in the log's messages of a stream, by sequence number.
+    static std::map<int, std::string> inLog(int stream, int tag) {
         std::vector<std::vector<std::string>> table;
-        engine().retrieveMessageLogData(me, "C", 3, "seq,tag(11)", "", "", table);
-        std::map<int, std::string> orders;
+        engine().retrieveMessageLogData(me, "C", stream, "seq,text", "", "", table);
+        std::map<int, std::string> values;
         for (std::size_t i = 1; i < table.size(); ++i) {
-            EXPECT_TRUE(orders.emplace(std::stoi(table[i][0]), table[i][1]).second)
+            std::ranges::replace(table[i][1], '\x01', '|');
+            EXPECT_TRUE(
+                values.emplace(std::stoi(table[i][0]), crash::fieldOf(table[i][1], tag)).second)
                 << "number " << table[i][0] << " twice";
         }
-        return orders;
+        return values;
     }
+
+    static std::map<int, std::string> ordersInLog() { return inLog(3, 11); }
 
     /// The same as the counterparty has got them, leaving repetitions out.
     std::map<int, std::string> ordersAtCounterparty() {

@@ -12,7 +12,7 @@ class FullDiskTest : public FaultTest {
 protected:
     void SetUp() override {
         FaultTest::SetUp();
-        disk_.emplace(dataFolder(), 6);
+        disk_.emplace(dataFolder(), 24);
         if (!disk_->isMounted()) {
             GTEST_SKIP() << "only root may mount a small disk";
         }
@@ -137,17 +137,11 @@ TEST_F(FullDiskTest, TakesWhatComesInWhenThereIsRoom) {
     acceptor_->sendSignal(SIGUSR1);
     ASSERT_EQ(acceptor_->waitForLine("quiet"), "quiet");
     ASSERT_TRUE(engine().pingConnection(me, "C", 10000));
-    std::map<std::string, int> sent;
+    std::map<int, std::string> sent;
     for (std::string const& report : crash::readJournal(folder_ + "/journal").sent) {
-        sent[crash::fieldOf(report, 17)] = crash::numberOf(report);
+        sent[crash::numberOf(report)] = crash::fieldOf(report, 17);
     }
-    std::vector<std::vector<std::string>> table;
-    engine().retrieveMessageLogData(me, "C", 2, "tag(17),seq", "", "", table);
-    std::map<std::string, int> stored;
-    for (std::size_t i = 1; i < table.size(); ++i) {
-        EXPECT_TRUE(stored.emplace(table[i][0], std::stoi(table[i][1])).second) << table[i][0];
-    }
-    EXPECT_EQ(stored, sent);
+    EXPECT_EQ(inLog(2, 17), sent);
     EXPECT_TRUE(recorder.waitFor(isReport, sent.size()));
 }
 
@@ -172,11 +166,14 @@ TEST_F(FullDiskTest, StillLetsMessagesBeDeleted) {
     disk_->makeRoom();
     engine().connect(me, "C");
     send(1);
-    expectAcknowledgedEverywhere();
+    ASSERT_FALSE(acceptor_->waitForLine("|11=" + acknowledged_.back() + "|").empty());
+    EXPECT_EQ(ordersInLog().size(), acknowledged_.size());
+    EXPECT_EQ(ordersAtCounterparty(), ordersInLog());
 }
 
 TEST_F(FullDiskTest, RefusesALogonThatCannotBeStored) {
     startAndConnect({"--no-reports"});
+    send(10);
     disk_->fill();
     sendUntilRefused();
     engine().disconnect(me, "C", "");
@@ -191,6 +188,7 @@ TEST_F(FullDiskTest, RefusesALogonThatCannotBeStored) {
 
 TEST_F(FullDiskTest, StillLetsEverythingBeRead) {
     startAndConnect({"--no-reports"});
+    send(10);
     disk_->fill();
     sendUntilRefused();
     EXPECT_EQ(ordersInLog().size(), acknowledged_.size());
@@ -221,6 +219,7 @@ TEST_F(FullDiskTest, KeepsMarksUntilThereIsRoom) {
 
 TEST_F(FullDiskTest, LosesNothingWhenTheEngineEndsMeanwhile) {
     startAndConnect({"--no-reports"});
+    send(10);
     disk_->fill();
     sendUntilRefused();
     ZANEngineProxy::uninitialize();
