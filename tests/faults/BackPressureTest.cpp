@@ -114,6 +114,7 @@ TEST_F(BackPressureTest, OfABlockedPeerEndsASendInTimeAndStoresNothing) {
     acceptor_->sendSignal(SIGCONT);
     ASSERT_TRUE(eventually([] { return engine().pingConnection(me, "C", 5000); }));
     EXPECT_EQ(ordersInJournal(), static_cast<std::size_t>(sent));
+    engine().sendMessage(me, "C", order("again"));
     EXPECT_EQ(engine().getConnectionState(me, "C")->getState() & FLAG_UNAVAILABLE, 0);
 }
 
