@@ -32,6 +32,17 @@ void moveDataToLengths(std::vector<PlacedTag>& members) {
     }
 }
 
+void addMembers(std::vector<PlacedTag>& tags, MessageGroups const& groups) {
+    for (auto const& group : groups) {
+        for (int const tag : group.second.members) {
+            if (tag > 0) {
+                add(tags, {tag, 0, PlacedTag::noGroup});
+            }
+        }
+        addMembers(tags, group.second.nested);
+    }
+}
+
 } // namespace
 
 PlacedTags::PlacedTags(std::vector<PlacedTag> const& tags)
@@ -57,7 +68,7 @@ CompiledDictionary::CompiledDictionary(GroupDictionary const& dictionary)
     }
 }
 
-PlacedTags const& CompiledDictionary::groupsOf(std::string_view type) const {
+TypeGroups const& CompiledDictionary::groupsOf(std::string_view type) const {
     if (type.size() == 1 && static_cast<unsigned char>(type[0]) < byLetter_.size()) {
         auto const at = byLetter_[static_cast<unsigned char>(type[0])];
         return at == nowhere ? header_ : types_[at].second;
@@ -67,16 +78,18 @@ PlacedTags const& CompiledDictionary::groupsOf(std::string_view type) const {
     return found != types_.end() && found->first == type ? found->second : header_;
 }
 
-PlacedTags CompiledDictionary::compile(MessageGroups const& groups, MessageGroups const& header) {
+TypeGroups CompiledDictionary::compile(MessageGroups const& groups, MessageGroups const& header) {
     std::vector<PlacedTag> counts;
+    std::vector<PlacedTag> members;
     for (MessageGroups const* const part : {&groups, &header}) {
         for (auto const& [countTag, rule] : *part) {
             if (countTag > 0) {
                 add(counts, {countTag, 0, compile(countTag, rule)});
             }
         }
+        addMembers(members, *part);
     }
-    return PlacedTags(counts);
+    return {PlacedTags(counts), PlacedTags(members)};
 }
 
 int CompiledDictionary::compile(int countTag, GroupRule const& rule) {

@@ -64,15 +64,21 @@ struct CompiledGroup {
     PlacedTags members;
 };
 
+/// The groups at the top level of the messages of a type, those of the header included.
+struct TypeGroups {
+    PlacedTags counts;
+    /// The members of all these groups, at any depth. Behind an instance a reader takes them for
+    /// its own.
+    PlacedTags members;
+};
+
 class CompiledDictionary {
 public:
     explicit CompiledDictionary(GroupDictionary const& dictionary);
 
     std::string const& beginString() const { return beginString_; }
 
-    /// The counts of groups that a message of the type may hold at its top level, those of the
-    /// header included.
-    PlacedTags const& groupsOf(std::string_view type) const;
+    TypeGroups const& groupsOf(std::string_view type) const;
 
     /// The group that a placed tag counts.
     CompiledGroup const& group(PlacedTag const& count) const {
@@ -80,13 +86,13 @@ public:
     }
 
 private:
-    PlacedTags compile(MessageGroups const& groups, MessageGroups const& header);
+    TypeGroups compile(MessageGroups const& groups, MessageGroups const& header);
     int compile(int countTag, GroupRule const& rule);
 
     std::string beginString_;
     std::vector<CompiledGroup> groups_;
-    PlacedTags header_;
-    std::vector<std::pair<std::string, PlacedTags>> types_;
+    TypeGroups header_;
+    std::vector<std::pair<std::string, TypeGroups>> types_;
     /// Where the types of one letter stand in `types_`, and nowhere: behind the last.
     std::array<std::uint16_t, 128> byLetter_;
 };

@@ -31,7 +31,7 @@ public:
 
     counted_ptr<ZANFieldGroup> read() {
         counted_ptr<ZANFieldGroup> message(new ZANFieldGroup(0));
-        PlacedTags const& groups = dictionary_.groupsOf(type_);
+        PlacedTags const& groups = dictionary_.groupsOf(type_).counts;
         advance();
         while (hasField_) {
             if (PlacedTag const* const count = groups.find(tag())) {

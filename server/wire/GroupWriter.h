@@ -13,7 +13,8 @@
 
 namespace zan::server {
 
-/// The fields of a message's model: ascending tags at the top, repeating groups behind the tag that
+/// The fields of a message's model: ascending tags at the top, but before the first group what a
+/// reader would take for a member of a group in front of it; repeating groups behind the tag that
 /// counts them, the members of an instance in the dictionary's order, the length of a data field
 /// before it. Counts and lengths are added; where the model holds them they have to be true.
 /// Throws `MalformedMessage` for a tag that is not positive, an empty value, a separator in a value

@@ -171,14 +171,29 @@ public:
         groups_ = &dictionary_.groupsOf(type);
     }
 
-    /// The top level of a message, by ascending tags, as far as they are wanted. Only a plain
-    /// group, and after the type.
+    /// The top level of a message, as far as it is wanted: by ascending tags, but what a group
+    /// could claim for its last instance stands before the first group. Only a plain group, and
+    /// after the type.
     template <class Wanted>
     [[gnu::always_inline]] void top(ZANFieldGroup const& message, Wanted wanted) {
-        merged(
-            message, wanted,
-            [&](int tag, ZANField const* field, InstanceList const* instances) __attribute__((
-                always_inline)) { write(message, 0, tag, field, instances, groups_->find(tag)); });
+        GroupTable::Cursor const firstGroup(GroupAccess::groups(message));
+        if (!firstGroup.hasNext()) [[likely]] {
+            topInOrder(message, wanted);
+            return;
+        }
+        int const first = firstGroup.tag();
+        auto const isClaimed = [&](int tag) { return tag > first && mayBeMember(tag); };
+        bool isAnyClaimed = false;
+        topInOrder(message, [&](int tag) { return tag < first && wanted(tag); });
+        merged(message, wanted, [&](int tag, ZANField const*, InstanceList const*) {
+            isAnyClaimed |= isClaimed(tag);
+        });
+        if (isAnyClaimed) {
+            topInOrder(message, [&](int tag) { return isClaimed(tag) && wanted(tag); });
+        }
+        topInOrder(message, [&](int tag) {
+            return tag >= first && !(isAnyClaimed && isClaimed(tag)) && wanted(tag);
+        });
     }
 
 private:
@@ -190,6 +205,22 @@ private:
 
     static InstanceList const* instancesAt(GroupTable::Cursor const& cursor) {
         return cursor.pointer().get();
+    }
+
+    template <class Wanted>
+    [[gnu::always_inline]] void topInOrder(ZANFieldGroup const& message, Wanted wanted) {
+        merged(
+            message, wanted,
+            [&](int tag, ZANField const* field, InstanceList const* instances)
+                __attribute__((always_inline)) {
+                    write(message, 0, tag, field, instances, groups_->counts.find(tag));
+                });
+    }
+
+    // A data field brings its length.
+    bool mayBeMember(int tag) const {
+        return groups_->members.find(tag) ||
+               (lengthTagOf(tag) != 0 && groups_->members.find(lengthTagOf(tag)));
     }
 
     template <class Wanted, class Use>
@@ -355,7 +386,7 @@ private:
     CompiledDictionary const& dictionary_;
     Sink& sink_;
     std::string_view type_;
-    PlacedTags const* groups_ = nullptr;
+    TypeGroups const* groups_ = nullptr;
     FieldValueText text_;
     std::optional<Members> members_;
 };
