@@ -90,6 +90,18 @@ TEST(OutgoingMessage, WritesGroupsInTheOrderOfTheDictionary) {
     EXPECT_EQ(printedModel(model), "55=IBM|453=2|448=A|447=D|452=3|802=1|523=sub|448=B|500=x|");
 }
 
+TEST(OutgoingMessage, WritesBeforeItsGroupsWhatTheyCouldClaim) {
+    ZANFieldGroup model("D");
+    model.setFieldValue(523, "of the message"); // a member of a group in the group
+    model.setFieldValue(802, "0");
+    model.setFieldValue(361, "data");
+    model.setFieldValue(500, "x");
+    model.addGroup(instanceOf(78, 79, "acc"));
+    model.addGroup(instanceOf(453, 448, "A"));
+    EXPECT_EQ(printedModel(model),
+              "360=4|361=data|523=of the message|802=0|78=1|79=acc|453=1|448=A|500=x|");
+}
+
 TEST(OutgoingMessage, AddsTheLengthOfData) {
     ZANFieldGroup model("D");
     model.setFieldValue(89, "sign");
