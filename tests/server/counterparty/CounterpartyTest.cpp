@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <filesystem>
+#include <optional>
 
 namespace {
 
@@ -103,6 +105,31 @@ TEST(Counterparty, TakesItsClientAgain) {
     ASSERT_TRUE(client.events.waitFor("down"));
     client.session->start({});
     EXPECT_TRUE(client.events.waitFor("on", 2));
+}
+
+TEST(Counterparty, GoesOnWithWhatIsInItsStore) {
+    std::filesystem::path const folder =
+        std::filesystem::temp_directory_path() / ("zan_counterparty_" + std::to_string(getpid()));
+    CounterpartySettings settings;
+    settings.store = (folder / "store").string();
+    std::optional<Counterparty> counterparty(std::in_place, settings);
+    settings.port = counterparty->port();
+    Client client(settings.port);
+    ASSERT_TRUE(client.events.waitFor("on"));
+    client.send("D", {{11, "A"}, {55, "IBM"}, {54, "1"}, {38, "1"}, {40, "1"}});
+    ASSERT_TRUE(client.events.waitFor("|39=2|"));
+    counterparty.reset();
+    ASSERT_TRUE(client.events.waitFor("down"));
+    Printed printed;
+    counterparty.emplace(
+        settings, [&](char direction, std::string const& text) { printed.add(direction, text); });
+    ASSERT_TRUE(client.events.waitFor("on", 2)) << client.events.all();
+    client.send("2", {{7, "1"}, {16, "0"}});
+    // What the client has taken already it drops.
+    EXPECT_TRUE(printed.waitFor("|35=8|34=3|43=Y|"));
+    EXPECT_TRUE(client.events.linesWith("|141=Y|").empty());
+    counterparty.reset();
+    std::filesystem::remove_all(folder);
 }
 
 TEST(Counterparty, NamesThePortThatIsTaken) {

@@ -360,27 +360,23 @@ TEST(FixSessionStore, SendsAgainNoMoreThanWasAskedFor) {
 
 // What is sent again is much more than may wait for the counterparty.
 TEST(FixSessionStore, WaitsForACounterpartyThatIsSlowToTakeWhatItAskedFor) {
-    WatchedStore store;
-    {
-        RawPair pair({}, &store);
-        ASSERT_TRUE(pair.logOn());
-        std::thread reader([&pair] {
-            while (pair.peer.waitFor("B").find("|148=end|") == std::string::npos) {
-            }
-        });
-        for (int i = 0; i < 2500; ++i)
-            ASSERT_EQ(sendOne(*pair.us, "B",
-                              {{148, std::to_string(i)}, {58, std::string(8000, 'x')}}, 5s),
-                      FixSendResult::sent);
-        ASSERT_EQ(sendOne(*pair.us, "B", {{148, "end"}}, 5s), FixSendResult::sent);
-        reader.join();
-        pair.peer.send("2", "7=1|16=0|");
-        std::this_thread::sleep_for(300ms);
-        for (int i = 0; i < 2501; ++i)
-            ASSERT_NE(pair.peer.waitFor("B").find("|34=" + std::to_string(i + 2) + "|"),
-                      std::string::npos);
-        EXPECT_TRUE(pair.ours.linesWith("! ").empty());
-    }
+    StoredPair tested(Keys{{"HeartBtInt", "60"}});
+    ASSERT_TRUE(tested.logOn());
+    RawPeer& peer = tested.pair.peer;
+    int const count = 2500;
+    std::thread reader([&] {
+        for (int i = 0; i < count; ++i)
+            ASSERT_FALSE(peer.waitFor("B").empty());
+    });
+    FixFields const body = {{58, std::string(8000, 'x')}};
+    for (int i = 0; i < count; ++i)
+        ASSERT_EQ(sendOne(*tested.pair.us, "B", body, 5s), FixSendResult::sent);
+    reader.join();
+    peer.send("2", "7=1|16=0|");
+    std::this_thread::sleep_for(300ms);
+    for (int i = 0; i < count; ++i)
+        ASSERT_NE(peer.waitFor("B").find("|34=" + std::to_string(i + 2) + "|"), std::string::npos);
+    EXPECT_TRUE(tested.pair.ours.linesWith("! ").empty());
 }
 
 TEST(FixSessionStore, FillsTheGapOfNumbersThatCannotBeHad) {
