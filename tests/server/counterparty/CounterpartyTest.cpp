@@ -110,6 +110,7 @@ TEST(Counterparty, TakesItsClientAgain) {
 TEST(Counterparty, GoesOnWithWhatIsInItsStore) {
     std::filesystem::path const folder =
         std::filesystem::temp_directory_path() / ("zan_counterparty_" + std::to_string(getpid()));
+    Printed printed;
     CounterpartySettings settings;
     settings.store = (folder / "store").string();
     std::optional<Counterparty> counterparty(std::in_place, settings);
@@ -120,7 +121,6 @@ TEST(Counterparty, GoesOnWithWhatIsInItsStore) {
     ASSERT_TRUE(client.events.waitFor("|39=2|"));
     counterparty.reset();
     ASSERT_TRUE(client.events.waitFor("down"));
-    Printed printed;
     counterparty.emplace(
         settings, [&](char direction, std::string const& text) { printed.add(direction, text); });
     ASSERT_TRUE(client.events.waitFor("on", 2)) << client.events.all();
