@@ -24,6 +24,7 @@
 #include <thread>
 
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -39,6 +40,7 @@ char const* const usage = R"(crash_counterparty --store FOLDER --journal FILE [o
   --burst N             how many such reports come at once (1)
   --most N              how many such reports come at all (no end)
   --no-answers          orders get no reports
+  --give-up MILLIS      end a link that takes nothing for so long (the system's own patience)
 )";
 
 class Journal : public FIX::LogFactory, public FIX::Log {
@@ -177,6 +179,19 @@ int freePort() {
     return ntohs(address.sin_port);
 }
 
+// Where both sides of a link were blocked when the other one was killed, the system may go on
+// trying for minutes. The links of the acceptor inherit this from its listening socket, which
+// QuickFIX does not show.
+void giveUpAfter(int millis) {
+    int const highestDescriptor = 64;
+    for (int descriptor = 0; descriptor < highestDescriptor; ++descriptor) {
+        int listens = 0;
+        socklen_t size = sizeof listens;
+        if (getsockopt(descriptor, SOL_SOCKET, SO_ACCEPTCONN, &listens, &size) == 0 && listens != 0)
+            setsockopt(descriptor, IPPROTO_TCP, TCP_USER_TIMEOUT, &millis, sizeof millis);
+    }
+}
+
 using Options = std::map<std::string, std::string>;
 
 int numberOr(Options const& options, std::string const& name, int otherwise) {
@@ -226,6 +241,7 @@ void serve(Options const& options, sigset_t const& signals) {
     FIX::ThreadedSocketAcceptor acceptor(counterparty, stores, settingsFor(options, id, port),
                                          journal);
     acceptor.start();
+    giveUpAfter(numberOr(options, "--give-up", 0));
     say("listening on 127.0.0.1:" + std::to_string(port));
     Ticker ticker(counterparty, id,
                   {numberOr(options, "--report-every", 0), numberOr(options, "--burst", 1),

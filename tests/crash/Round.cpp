@@ -43,7 +43,8 @@ void Round::startCounterparty() {
     std::filesystem::create_directories(store);
     counterparty_.emplace(CRASH_COUNTERPARTY,
                           std::vector<std::string>{"--store", store, "--journal",
-                                                   folder_ + "/journal", "--report-every", "2000"});
+                                                   folder_ + "/journal", "--report-every", "2000",
+                                                   "--give-up", "2000"});
     std::string const line = counterparty_->waitForLine("listening on");
     if (line.empty()) {
         throw std::runtime_error("the counterparty does not start");
