@@ -168,6 +168,18 @@ std::string placeholder(int number) {
                                        std::to_string(number) + "\x01");
 }
 
+std::string faultOfLogon(std::string const& logon, FIX::SessionID const& session) {
+    std::string const sender = fixValue(logon, FIX::FIELD::SenderCompID);
+    std::string const target = fixValue(logon, FIX::FIELD::TargetCompID);
+    std::string const them = session.getTargetCompID().getValue();
+    std::string const us = session.getSenderCompID().getValue();
+    if (sender != them || target != us)
+        return "the Logon has SenderCompID " + sender + " and TargetCompID " + target + " where " +
+               them + " and " + us + " are right";
+    return "SendingTime of the Logon is " + fixValue(logon, FIX::FIELD::SendingTime) +
+           ", too far from the time here";
+}
+
 bool isAdminText(std::string const& text) {
     std::size_t const at = text.find("\x01"
                                      "35=");

@@ -7,6 +7,7 @@
 #include <string>
 
 #include <quickfix/Message.h>
+#include <quickfix/SessionID.h>
 
 namespace zan {
 namespace server {
@@ -41,6 +42,9 @@ std::string headOf(std::string const& message);
 std::string withBodyOf(std::string const& message, std::string const& head);
 /// An administrative message that stands for a number that cannot be had any more.
 std::string placeholder(int number);
+
+/// What is wrong with the header of a Logon that QuickFIX refuses without a reason.
+std::string faultOfLogon(std::string const& logon, FIX::SessionID const& session);
 
 /// Is a message whose first three fields are in order an administrative one?
 bool isAdminText(std::string const& text);

@@ -467,7 +467,11 @@ void QuickFixSession::onOutgoing(std::string const& text) {
         ids_->push_back(id);
 }
 
-void QuickFixSession::onEvent(std::string const& text) {
+void QuickFixSession::onEvent(std::string const& event) {
+    // That QuickFIX cannot reject a Logon is not what is wrong with the Logon.
+    bool const isUntold =
+        current_ != nullptr && beginsWith(event, "Tried to send a reject while not logged on");
+    std::string const text = isUntold ? faultOfLogon(current_->text, id_) : event;
     // The message waits for the ones before it.
     if (beginsWith(text, "MsgSeqNum too high"))
         current_ = nullptr;

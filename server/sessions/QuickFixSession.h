@@ -91,7 +91,7 @@ private:
     void backup() override {}
     void onIncoming(std::string const&) override {}
     void onOutgoing(std::string const& text) override;
-    void onEvent(std::string const& text) override;
+    void onEvent(std::string const& event) override;
 
     bool send(std::string const&) override { return !link_.ending(); }
     void disconnect() override { closing_ = true; }

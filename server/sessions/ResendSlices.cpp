@@ -37,6 +37,10 @@ void ResendSlices::shorten(FIX::Message& request, int nextOut) {
     if (first <= 0 || !request.isSetField(FIX::FIELD::EndSeqNo))
         return;
     int const last = lastIn(request, nextOut);
+    // QuickFIX would answer numbers that were never sent, and a range that ends before it begins,
+    // with a gap that goes backwards.
+    if (last < first)
+        ask(request, nextOut, -1);
     if (last - first < sliceLength)
         return;
     if (waiting_.size() == mostWaiting)

@@ -17,9 +17,6 @@ using Clock = std::chrono::steady_clock;
 // Longer than anything takes that is expected, also on a busy machine.
 constexpr std::chrono::milliseconds patience = 10s;
 
-// The engine keeps no log yet.
-constexpr bool engineKeepsALog = false;
-
 std::map<std::string, std::string> usualSettings() {
     return {{"ConnectionName", "C"},    {"ConnectionType", "initiator"},
             {"BeginString", "FIX.4.4"}, {"SenderCompID", "US"},
@@ -228,9 +225,7 @@ void Conversation::finish() {
     while (peer_.accept(0ms)) {
         drain();
     }
-    if (engineKeepsALog) {
-        checkLog();
-    }
+    checkLog();
 }
 
 void Conversation::checkLog() {
@@ -266,7 +261,7 @@ void Conversation::notLogged(std::string const&) {
 }
 
 void Conversation::refused(std::string const& rest) {
-    lastSaid().note = rest;
+    lastSaid().note = rest.empty() ? "refused" : rest;
 }
 
 Exchange& Conversation::lastSaid() {
