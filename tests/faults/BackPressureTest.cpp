@@ -13,7 +13,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int floodSize = 200000;
+// A sanitizer takes its time, and cannot tell the memory anyway.
+constexpr int floodSize = PeakMemory::canTell() ? 200000 : 20000;
 // What may wait for a counterparty and for listeners, and what the log keeps at hand.
 constexpr long mostMegabytes = 100;
 
