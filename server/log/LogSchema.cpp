@@ -95,9 +95,13 @@ void takeSteps(Database& database, int version) {
 
 } // namespace
 
-void bringUp(Database& database) {
+int checkedVersion(Database& database) {
     int const version = versionOf(database);
     refuseNewer(database, version);
+    return version;
+}
+
+void bringUp(Database& database, int version) {
     if (version == currentVersion) {
         return;
     }

@@ -8,10 +8,12 @@
 
 namespace zan::server {
 
-/// Makes the tables in an empty file, and brings up those of an older version, in one transaction.
-/// Throws `WrongConfigurationException` for a file that is no log, or one of a newer version; such
-/// a file is left as it is.
-void bringUp(Database& database);
+/// The version of the layout of a file, 0 for an empty one. Throws `WrongConfigurationException`
+/// for a file that is no log, or one of a newer version; such a file is left as it is.
+int checkedVersion(Database& database);
+
+/// Makes the tables that the file lacks, in one transaction.
+void bringUp(Database& database, int version);
 
 } // namespace zan::server
 

@@ -5,7 +5,12 @@
 /// storage fails, and `BadExpression` for an expression of a caller's that is wrong or takes too
 /// long.
 ///
-/// Threads: any. Reading holds nobody up, and sees what was committed when it began.
+/// Beside the file lie two more: an index of orders (`.orders`), which is made anew when it is
+/// lost, and a reserve of space (`.reserve`), which is given up so that a full disk can be cleared.
+/// One process has a log at a time.
+///
+/// Threads: any. Reading holds nobody up, and sees what was committed when it began; what gets the
+/// entries may use the log itself.
 #ifndef ZANENGINE_SERVER_LOG_MESSAGELOG_H
 #define ZANENGINE_SERVER_LOG_MESSAGELOG_H
 
@@ -92,12 +97,14 @@ public:
     void read(LogQuery const& query, Sink const& sink) const;
 
     /// Every message of the orders that these ids or client order ids belong to, followed through
-    /// ClOrdID (11), OrigClOrdID (41) and OrderID (37) in both directions.
+    /// ClOrdID (11), OrigClOrdID (41) and OrderID (37) in both directions. A message of many orders
+    /// is part of each of them, and does not lead from one to the next.
     void readChain(std::vector<int> const& ids, std::vector<std::string> const& clientOrderIds,
                    bool newestFirst, Sink const& sink) const;
 
-    /// The application messages first sent under these numbers of the current numbering; `last` 0:
-    /// to the newest.
+    /// The application messages first sent under these numbers of the current numbering, with the
+    /// bytes that would be sent again; `last` 0: to the newest. `where` sees the entry as it is
+    /// after edits.
     void readSent(int first, int last, std::string const& where, Sink const& sink) const;
 
     std::vector<int> ids(int stream, bool newestFirst) const;
@@ -111,24 +118,29 @@ public:
     /// The id of the newest entry, 0 when there is none.
     long lastId() const;
 
-    // Edits; `user` goes into the audit. They return how many entries they touched.
+    // Edits; `user` goes into the audit. They return how many entries they touched, notes without a
+    // message included. Whatever is edited, the session goes on with what was on the wire.
 
     /// `assignments`: `note = <expression>` or `text = <expression>`, with a comma between them.
     long update(int stream, std::string const& assignments, std::string const& where,
                 std::string const& user);
     long remove(int stream, std::string const& where, std::string const& user);
+    /// Takes the turn, so the caller must not have it. Of an entry its stream, number, text and
+    /// note count.
     long insert(std::vector<FixEntry> entries, std::string const& user);
 
     // Marks of guaranteed listeners: the highest id that was consumed, -1 for none.
 
     int mark(std::string const& subscriber, FixStream stream) const;
-    /// Never lowers a mark. It lasts after `flushMarks`, or after the next `maintain`.
+    /// Never lowers a mark. It is seen at once, and lasts after `flushMarks` or the next
+    /// `maintain`.
     void setMark(std::string const& subscriber, FixStream stream, int id);
     void resetMarks(std::string const& subscriber);
     void flushMarks();
 
     /// To be called every few hundred milliseconds: what can be done later, such as marks, the
-    /// index of orders, statistics. Failures wait for the next time.
+    /// index of orders, the way from the write-ahead log into the file, the reserve of space. It
+    /// holds nobody up. Failures wait for the next time.
     void maintain();
 
 private:

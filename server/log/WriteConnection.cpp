@@ -16,7 +16,7 @@ namespace {
 
 // A commit that finds more pages than this in the write-ahead log moves them into the file itself.
 // Usually that was done before, when nobody had to wait for it.
-constexpr char const* mostPagesAhead = "4000";
+constexpr char const* mostPagesAhead = "16000";
 
 // The database itself tells what it tried last, which is not what is wrong.
 [[noreturn]] void failToOpen(std::string const& file, SqliteFailure const& failure) {
@@ -41,8 +41,9 @@ Database opened(LogSettings const& settings) {
     if (database.isReadOnly()) {
         database.failWith("the file cannot be written; it and its folder have to be writable");
     }
-    bringUp(database);
+    int const version = checkedVersion(database);
     database.execute("PRAGMA journal_mode=WAL");
+    bringUp(database, version);
     database.execute(settings.survivesPowerFailure ? "PRAGMA synchronous=FULL"
                                                    : "PRAGMA synchronous=NORMAL");
     database.execute(std::string("PRAGMA wal_autocheckpoint=") + mostPagesAhead);
