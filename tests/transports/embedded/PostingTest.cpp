@@ -87,8 +87,7 @@ TEST_F(PostingTest, SendsNothingOfABatchWithOneBadMessage) {
 TEST_F(PostingTest, SendsNoBatchWithoutASession) {
     startAcceptor();
     startEngine();
-    EXPECT_THROW(engine().sendMultipleMessages(me, "C", {orderOf("a")}),
-                 ZANNotConnectedException);
+    EXPECT_THROW(engine().sendMultipleMessages(me, "C", {orderOf("a")}), ZANNotConnectedException);
     EXPECT_EQ(query("").size(), 0u);
 }
 
