@@ -28,7 +28,7 @@ MAY_INCLUDE = {
 UPWARD = {("adapter/IZANEngineAdapter.cpp", "engine/ZANEngineProxy.h")}
 # Libraries of others are included in one place each.
 PLACES = {
-    "quickfix/": ["server/sessions/", "tests/support/acceptor/", "benchmarks/"],
+    "quickfix/": ["server/sessions/", "tests/support/acceptor/", "tests/crash/", "benchmarks/"],
     "sqlite3.h": ["server/log/"],
     "nats/": ["transports/nats/"],
 }
