@@ -66,6 +66,8 @@ void LogMaintenance::movePages() {
     }
     if (!mover_) {
         mover_.emplace(parts_.connection.database().file(), Database::Access::Write);
+        // A connection knows of the write-ahead log once it has read.
+        mover_->number("SELECT count(*) FROM meta");
     }
     int pages = 0;
     int moved = 0;

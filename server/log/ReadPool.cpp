@@ -10,7 +10,10 @@ constexpr std::size_t mostKept = 4;
 
 ReadConnection::ReadConnection(std::string const& file,
                                ExpressionGuard::Clock::duration longestSearch)
-    : database_(file, Database::Access::Read), guard_(database_, longestSearch) {}
+    : database_(file, Database::Access::Read), guard_(database_, longestSearch) {
+    // What is sorted are ids; a full disk must not stop that.
+    database_.execute("PRAGMA temp_store=MEMORY");
+}
 
 Statement& ReadConnection::statement(std::string const& sql) {
     auto found = statements_.find(sql);

@@ -359,6 +359,18 @@ TEST_F(ReadingBySet, GivesEachIdOnceInTheOrderOfIds) {
     EXPECT_EQ(readIds(query), Ids());
 }
 
+TEST_F(ReadingBySet, TakesManyIdsTogetherWithAnExpression) {
+    receive("37=X|");
+    receive("37=Y|");
+    LogQuery query;
+    query.idSet.emplace();
+    for (int id = 200'000; id > 0; --id) {
+        query.idSet->push_back(id);
+    }
+    query.where = "tag(37) = 'Y'";
+    EXPECT_EQ(readIds(query), Ids{2});
+}
+
 class ReadingSent : public LogTest {
 protected:
     Ids sent(int first, int last, std::string const& where = "") {

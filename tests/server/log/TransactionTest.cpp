@@ -3,6 +3,9 @@
 
 #include "infra/Time.h"
 
+#include <chrono>
+#include <thread>
+
 namespace {
 
 using namespace logtest;
@@ -231,6 +234,26 @@ TEST_F(LogTransaction, NumbersInMayFall) {
     }
     EXPECT_EQ(log().numbers(), (FixNumbers{2, 1}));
     EXPECT_EQ(sentNumbers(1, 9), Numbers{1});
+}
+
+TEST_F(LogTransaction, MaySurviveAPowerFailure) {
+    settings_.survivesPowerFailure = true;
+    open();
+    send("11=A|");
+    open();
+    EXPECT_EQ(log().numbers(), (FixNumbers{2, 1}));
+    EXPECT_EQ(read().size(), 1u);
+}
+
+TEST_F(LogTransaction, MovesIntoTheFileItselfWhileTheLogIsIdle) {
+    for (int i = 0; i < 20; ++i) {
+        receive("58=" + std::string(5'000, 'x') + "|");
+    }
+    EXPECT_LT(std::filesystem::file_size(folder_.file()), 100'000u);
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    log().maintain();
+    EXPECT_GT(std::filesystem::file_size(folder_.file()), 100'000u);
+    EXPECT_EQ(read().size(), 20u);
 }
 
 class SentMessages : public LogTest {};
