@@ -10,6 +10,10 @@ namespace {
 // A listener that was just about to return gets this much more.
 constexpr std::chrono::milliseconds grace{200};
 
+// To wake a thread costs more than to deliver a message, and the answer to what was delivered just
+// now often comes within this time.
+constexpr std::chrono::microseconds lookout{200};
+
 } // namespace
 
 DeliveryQueue::DeliveryQueue(std::function<void(Delivery const&)> deliver,
@@ -54,6 +58,7 @@ void DeliveryQueue::push(std::vector<FixEntry>& entries) {
         std::lock_guard const lock(mutex_);
         lastId_ = entries.back().id;
         std::ranges::move(entries, std::back_inserter(waiting_));
+        isFilled_ = true;
     }
     filled_.notify_one();
 }
@@ -62,6 +67,7 @@ void DeliveryQueue::push(LinkState const& state) {
     {
         std::lock_guard const lock(mutex_);
         waiting_.emplace_back(state);
+        isFilled_ = true;
     }
     filled_.notify_one();
 }
@@ -73,6 +79,7 @@ void DeliveryQueue::push(std::function<void(long lastId)> errand) {
             return;
         }
         waiting_.emplace_back(Errand{std::move(errand), lastId_});
+        isFilled_ = true;
     }
     filled_.notify_one();
 }
@@ -112,12 +119,27 @@ void DeliveryQueue::run() {
         }
         deliverAll(batch);
         batch.clear();
+        lookOut();
     }
     deliveringThread_ = std::thread::id();
     std::lock_guard const lock(mutex_);
     waiting_.clear();
     isFinished_ = true;
     finished_.notify_all();
+}
+
+// Stays awake for a while. One queue of the process does so at a time, and it gives way to every
+// thread that has work: at most one processor that is idle is kept busy.
+void DeliveryQueue::lookOut() const {
+    static std::atomic<bool> isTaken{false};
+    if (isTaken.exchange(true)) {
+        return;
+    }
+    auto const end = Clock::now() + lookout;
+    while (!isFilled_ && Clock::now() < end) {
+        std::this_thread::yield();
+    }
+    isTaken = false;
 }
 
 bool DeliveryQueue::take(std::vector<Delivery>& batch) {
@@ -127,6 +149,7 @@ bool DeliveryQueue::take(std::vector<Delivery>& batch) {
         return false;
     }
     batch.swap(waiting_);
+    isFilled_ = false;
     return true;
 }
 

@@ -75,6 +75,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     void run();
+    void lookOut() const;
     bool take(std::vector<Delivery>& batch);
     void deliverAll(std::vector<Delivery> const& batch);
 
@@ -85,6 +86,7 @@ private:
     std::condition_variable emptied_;
     std::condition_variable finished_;
     std::vector<Delivery> waiting_;
+    std::atomic<bool> isFilled_{false}; // something waits: for looking without the lock
     long lastId_;
     bool isStopping_ = false;
     bool isFinished_ = false;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <ctime>
 #include <future>
 #include <memory>
 #include <string>
@@ -132,6 +133,40 @@ TEST_F(DeliveryQueueTest, MeasuresTheDeliveryThatIsUnderWay) {
     release.set_value();
     EXPECT_TRUE(queue->stop(10s));
     EXPECT_EQ(queue->timeOfDelivery(), 0ms);
+}
+
+TEST_F(DeliveryQueueTest, SleepsSoonAfterADelivery) {
+    std::promise<void> delivered;
+    make([&](Delivery const&) { delivered.set_value(); });
+    queue->start(queue);
+    push(1, "one");
+    delivered.get_future().wait();
+    std::this_thread::sleep_for(10ms);
+    std::clock_t const before = std::clock();
+    std::this_thread::sleep_for(300ms);
+    double const millis = 1e3 * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
+    EXPECT_LT(millis, 30) << "of processor time in 300 ms without anything to do";
+    queue->stop(10s);
+}
+
+TEST_F(DeliveryQueueTest, DeliversWhetherItSleepsOrIsStillAwake) {
+    std::atomic<int> count{0};
+    make([&](Delivery const&) { ++count; });
+    auto const other = std::make_shared<DeliveryQueue>([&](Delivery const&) { ++count; }, [] {}, 0);
+    queue->start(queue);
+    other->start(other);
+    int pushed = 0;
+    for (auto const pause : {0us, 50us, 150us, 250us, 1000us, 5000us}) {
+        for (int i = 0; i < 20; ++i) {
+            push(i + 1, "one");
+            other->push(LinkState{});
+            pushed += 2;
+            std::this_thread::sleep_for(pause);
+        }
+    }
+    queue->stop(10s);
+    other->stop(10s);
+    EXPECT_EQ(count, pushed);
 }
 
 TEST_F(DeliveryQueueTest, LeavesAListenerBehindThatDoesNotReturn) {
