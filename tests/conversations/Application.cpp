@@ -3,11 +3,14 @@
 #include "conversations/FixText.h"
 #include "conversations/Script.h"
 #include "engine/ZANEngineProxy.h"
+#include "infra/Time.h"
 #include "infra/Url.h"
+#include "message/ZANMessage.h"
 
 #include <cxxabi.h>
 
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <typeinfo>
 
@@ -24,8 +27,12 @@ std::string className(std::exception const& exception) {
     return status == 0 ? name.get() : typeid(exception).name();
 }
 
-counted_ptr<ZANFieldGroup> logonFields(std::string const& text) {
-    counted_ptr<ZANFieldGroup> fields(new ZANFieldGroup(std::string("A")));
+ZANEngineProxy& engine() {
+    return ZANEngineProxy::getInstance();
+}
+
+counted_ptr<ZANFieldGroup> modelOf(std::string const& type, std::string const& text) {
+    counted_ptr<ZANFieldGroup> fields(new ZANFieldGroup(type));
     for (std::string const& each : splitFields(text, '|')) {
         std::size_t const sign = each.find('=');
         fields->setFieldValue(std::stoi(each), each.substr(sign + 1));
@@ -54,13 +61,7 @@ Application::~Application() {
 void Application::start() {
     ZANEngineProxy::initialize(Url("embedded:" + sessionFile_));
     recorders_.push_back(counted_ptr<IZANEventListener>(new EventRecorder));
-    ZANEngineProxy::getInstance().subscribeDirect(ticket_, connection, true, true, true,
-                                                  recorders_.back());
-}
-
-void Application::restart() {
-    ZANEngineProxy::uninitialize();
-    start();
+    engine().subscribeDirect(ticket_, connection, true, true, true, recorders_.back());
 }
 
 void Application::begin(std::string const& operation, std::string const& argument) {
@@ -80,52 +81,85 @@ std::string Application::finish() {
 }
 
 std::string Application::call(std::string const& operation, std::string const& argument) {
-    if (operation == "restart") {
-        restart();
-        return {};
+    static std::map<std::string, std::string (Application::*)(std::string const&)> const
+        operations = {{"connect", &Application::connect},
+                      {"disconnect", &Application::disconnect},
+                      {"resetConnection", &Application::resetConnection},
+                      {"restart", &Application::restart},
+                      {"pingConnection", &Application::ping},
+                      {"sendMessage", &Application::send},
+                      {"sendAdminMessage", &Application::sendAdmin},
+                      {"sendMultipleMessages", &Application::sendBatch},
+                      {"resendMessages", &Application::resend}};
+    auto const found = operations.find(operation);
+    if (found == operations.end()) {
+        throw Unexpected("no operation is called " + operation);
     }
-    ZANEngineProxy& engine = ZANEngineProxy::getInstance();
-    if (operation == "connect") {
-        argument.empty() ? engine.connect(ticket_, connection)
-                         : engine.connect(ticket_, connection, logonFields(argument));
-        return {};
+    return (this->*found->second)(argument);
+}
+
+std::string Application::connect(std::string const& fields) {
+    fields.empty() ? engine().connect(ticket_, connection)
+                   : engine().connect(ticket_, connection, modelOf("A", fields));
+    return {};
+}
+
+std::string Application::disconnect(std::string const& reason) {
+    engine().disconnect(ticket_, connection, reason);
+    return {};
+}
+
+std::string Application::resetConnection(std::string const&) {
+    engine().resetConnection(ticket_, connection);
+    return {};
+}
+
+std::string Application::restart(std::string const&) {
+    ZANEngineProxy::uninitialize();
+    start();
+    return {};
+}
+
+std::string Application::ping(std::string const& millis) {
+    return engine().pingConnection(ticket_, connection, std::stol(millis)) ? "true" : "false";
+}
+
+std::string Application::send(std::string const& message) {
+    return std::to_string(engine().sendMessage(ticket_, connection, messageText(message)));
+}
+
+std::string Application::sendAdmin(std::string const& message) {
+    return std::to_string(engine().sendAdminMessage(ticket_, connection, messageText(message)));
+}
+
+std::string Application::sendBatch(std::string const& messages) {
+    std::vector<counted_ptr<ZANMessage>> batch;
+    for (std::string const& each : splitFields(messages, ' ')) {
+        std::string fields = each;
+        std::string const type = takeWord(fields, '|').substr(3);
+        batch.push_back(counted_ptr<ZANMessage>(new ZANMessage(modelOf(type, fields))));
     }
-    if (operation == "disconnect") {
-        engine.disconnect(ticket_, connection, argument);
-        return {};
-    }
-    if (operation == "resetConnection") {
-        engine.resetConnection(ticket_, connection);
-        return {};
-    }
-    if (operation == "pingConnection") {
-        return engine.pingConnection(ticket_, connection, std::stol(argument)) ? "true" : "false";
-    }
-    std::string const text = messageText(argument);
-    if (operation == "sendMessage") {
-        return std::to_string(engine.sendMessage(ticket_, connection, text));
-    }
-    if (operation == "sendAdminMessage") {
-        return std::to_string(engine.sendAdminMessage(ticket_, connection, text));
-    }
-    if (operation == "postInternalMessage") {
-        return std::to_string(engine.postInternalMessage(ticket_, connection, text));
-    }
-    throw Unexpected("no operation is called " + operation);
+    engine().sendMultipleMessages(ticket_, connection, batch);
+    return {};
+}
+
+std::string Application::resend(std::string const& filter) {
+    return std::to_string(
+        engine().resendMessages(ticket_, connection, infra::Time(0), infra::Time::now(), filter));
 }
 
 long Application::flags() const {
-    return ZANEngineProxy::getInstance().getConnectionState(ticket_, connection)->getState();
+    return engine().getConnectionState(ticket_, connection)->getState();
 }
 
 std::string Application::lastError() const {
-    return ZANEngineProxy::getInstance().getConnectionState(ticket_, connection)->getLastError();
+    return engine().getConnectionState(ticket_, connection)->getLastError();
 }
 
 Application::LogTable Application::log() const {
     LogTable table;
-    ZANEngineProxy::getInstance().retrieveMessageLogData(ticket_, connection, -1,
-                                                         "id,stream,text,note", "", "id", table);
+    engine().retrieveMessageLogData(ticket_, connection, -1, "id,stream,text,note", "", "id",
+                                    table);
     // The first row holds the names of the columns.
     table.erase(table.begin());
     return table;

@@ -42,8 +42,18 @@ public:
 
 private:
     void start();
-    void restart();
     std::string call(std::string const& operation, std::string const& argument);
+
+    // The operations, each with its argument; they return their result as text.
+    std::string connect(std::string const& fields);
+    std::string disconnect(std::string const& reason);
+    std::string resetConnection(std::string const&);
+    std::string restart(std::string const&);
+    std::string ping(std::string const& millis);
+    std::string send(std::string const& message);
+    std::string sendAdmin(std::string const& message);
+    std::string sendBatch(std::string const& messages);
+    std::string resend(std::string const& filter);
 
     std::string const sessionFile_;
     UserTicket const ticket_{"tester", ""};

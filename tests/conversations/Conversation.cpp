@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 // Longer than anything takes that is expected, also on a busy machine.
-constexpr std::chrono::milliseconds patience = 10s;
+constexpr std::chrono::milliseconds longestWait = 10s;
 
 std::map<std::string, std::string> usualSettings() {
     return {{"ConnectionName", "C"},    {"ConnectionType", "initiator"},
@@ -102,7 +102,8 @@ std::map<std::string, Conversation::Verb> const& Conversation::verbs() {
                                                       {"cut", &C::cut},
                                                       {"wait", &C::wait},
                                                       {"not-logged", &C::notLogged},
-                                                      {"refused", &C::refused}};
+                                                      {"refused", &C::refused},
+                                                      {"noted", &C::noted}};
     return verbs;
 }
 
@@ -158,7 +159,7 @@ void Conversation::expectOutcome(std::string const& rest) {
 }
 
 void Conversation::eventually(std::function<std::string()> const& fault) const {
-    auto const deadline = Clock::now() + patience;
+    auto const deadline = Clock::now() + longestWait;
     std::string text = fault();
     while (!text.empty()) {
         if (Clock::now() > deadline) {
@@ -234,7 +235,19 @@ void Conversation::checkLog() {
     if (!difference.empty()) {
         throw Unexpected(difference);
     }
+    checkNotes(rows);
     checkDelivery(rows);
+}
+
+void Conversation::checkNotes(Application::LogTable const& rows) const {
+    for (std::string const& note : notes_) {
+        bool const isThere = std::ranges::any_of(rows, [&](auto const& row) {
+            return row.at(2).empty() && row.at(3).find(note) != std::string::npos;
+        });
+        if (!isThere) {
+            throw Unexpected("no note in the log holds \"" + note + "\"");
+        }
+    }
 }
 
 // The listener gets what is in the log, once, in its order, but not what is there for people.
@@ -262,6 +275,10 @@ void Conversation::notLogged(std::string const&) {
 
 void Conversation::refused(std::string const& rest) {
     lastSaid().note = rest.empty() ? "refused" : rest;
+}
+
+void Conversation::noted(std::string const& rest) {
+    notes_.push_back(rest);
 }
 
 Exchange& Conversation::lastSaid() {

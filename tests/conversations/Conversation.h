@@ -38,6 +38,7 @@ private:
     void play(Step const& step);
     void finish();
     void checkLog();
+    void checkNotes(Application::LogTable const& rows) const;
     void checkDelivery(Application::LogTable const& rows);
 
     // The verbs of the application.
@@ -70,6 +71,7 @@ private:
     // What the log has to hold.
     void notLogged(std::string const& rest);
     void refused(std::string const& rest);
+    void noted(std::string const& rest);
 
     ScriptedPeer::Got receive(std::string& message, ScriptedPeer::Patience patience);
     ScriptedPeer::Got receiveNews(std::string& message, ScriptedPeer::Patience patience,
@@ -84,6 +86,7 @@ private:
     ScriptedPeer peer_;
     std::unique_ptr<Application> application_;
     std::vector<Exchange> exchanges_;
+    std::vector<std::string> notes_;
     std::string lastReceived_;
     std::optional<std::string> held_;
     std::size_t delivered_ = 0;

@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::chrono::milliseconds patience = 10s;
+constexpr std::chrono::milliseconds longestWait = 10s;
 
 // Heartbeats come when time passes; only those that answer a test request are news.
 bool isPlainHeartbeat(std::string const& message) {
@@ -19,7 +19,7 @@ bool isPlainHeartbeat(std::string const& message) {
 } // namespace
 
 void Conversation::accept(std::string const&) {
-    if (!peer_.accept(patience)) {
+    if (!peer_.accept(longestWait)) {
         throw Unexpected("the engine does not connect");
     }
 }
@@ -60,7 +60,7 @@ void Conversation::drain() {
 }
 
 void Conversation::expect(std::string const& rest) {
-    switch (receiveNews(lastReceived_, patience, rest.starts_with("0"))) {
+    switch (receiveNews(lastReceived_, longestWait, rest.starts_with("0"))) {
     case ScriptedPeer::Got::end:
         throw Unexpected("the engine closed the link");
     case ScriptedPeer::Got::nothing:
@@ -94,7 +94,7 @@ void Conversation::expectNothing(std::string const& rest) {
 
 void Conversation::expectLinkClosed(std::string const&) {
     std::string message;
-    switch (receiveNews(message, patience, false)) {
+    switch (receiveNews(message, longestWait, false)) {
     case ScriptedPeer::Got::message:
         throw Unexpected("the engine sent " + readable(message));
     case ScriptedPeer::Got::nothing:

@@ -3,12 +3,14 @@
 #include "conversations/FixText.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace conversations {
 
 namespace {
 
 struct Row {
+    int id;
     int stream;
     std::string text;
     std::string note;
@@ -19,7 +21,7 @@ std::vector<Row> messagesOf(std::vector<std::vector<std::string>> const& rows) {
     std::vector<Row> messages;
     for (auto const& row : rows) {
         if (!row.at(2).empty()) {
-            messages.push_back({std::stoi(row[1]), wired(row[2]), row.at(3)});
+            messages.push_back({std::stoi(row[0]), std::stoi(row[1]), wired(row[2]), row.at(3)});
         }
     }
     return messages;
@@ -39,7 +41,8 @@ std::string described(Exchange const& exchange) {
            std::to_string(streamOf(exchange)) + " of the log";
 }
 
-std::string take(std::vector<Row>& rows, Exchange const& exchange) {
+// `lastOut` is the row of what the engine sent before.
+std::string take(std::vector<Row>& rows, Exchange const& exchange, int& lastOut) {
     auto const row = std::ranges::find_if(
         rows, [&](Row const& each) { return !each.isTaken && each.text == exchange.text; });
     if (row == rows.end()) {
@@ -49,6 +52,9 @@ std::string take(std::vector<Row>& rows, Exchange const& exchange) {
         return readable(exchange.text) + "\n  should not be in the log";
     }
     row->isTaken = true;
+    if (exchange.kind == Exchange::Kind::fromEngine && row->id < std::exchange(lastOut, row->id)) {
+        return described(exchange) + " behind what was sent before it";
+    }
     if (row->stream != streamOf(exchange)) {
         return described(exchange) + ", and is in stream " + std::to_string(row->stream);
     }
@@ -85,12 +91,13 @@ std::string logDifference(std::vector<Exchange> const& exchanges,
                           std::vector<std::vector<std::string>> const& rows) {
     std::vector<Row> messages = messagesOf(rows);
     std::string differences;
+    int lastOut = 0;
     // What has to be there first, so that what must not be there is looked for in the rest.
     for (bool const isLogged : {true, false}) {
         for (Exchange const& each : exchanges) {
             bool const isMessage = each.kind != Exchange::Kind::bytesFromPeer;
             std::string const difference =
-                isMessage && each.isLogged == isLogged ? take(messages, each) : "";
+                isMessage && each.isLogged == isLogged ? take(messages, each, lastOut) : "";
             differences += difference.empty() ? "" : difference + "\n";
         }
     }

@@ -18,9 +18,9 @@ struct Exchange {
     std::string note;
 };
 
-/// Empty when each message is in the log exactly once, in its stream, with its note, in the order
-/// in which each side sent; otherwise what is not so. The rows are id, stream, text and note. Bytes
-/// that are no message may be in several rows, but each of them once.
+/// Empty when each message is in the log exactly once, in its stream and with its note, the
+/// engine's in the order in which they were sent; otherwise what is not so. The rows are id,
+/// stream, text and note. Bytes that are no message may be in several rows, but each of them once.
 std::string logDifference(std::vector<Exchange> const& exchanges,
                           std::vector<std::vector<std::string>> const& rows);
 
