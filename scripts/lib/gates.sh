@@ -88,8 +88,9 @@ gate_install() {
 
 gate_bench() {
     configure default
-    build default zan_benchmarks
+    build default zan_benchmarks zan-bench-engine
     build/default/bin/zan_benchmarks --benchmark_min_time=0.001
+    build/default/bin/zan-bench-engine --quick
 }
 
 gate_crash() {
