@@ -35,13 +35,18 @@ private:
 
 FixFields writeFields(ZANFieldGroup const& message, std::string const& type,
                       CompiledDictionary const& dictionary) {
+    return writeFields(message, type, dictionary, [](int) { return true; });
+}
+
+FixFields writeFields(ZANFieldGroup const& message, std::string const& type,
+                      CompiledDictionary const& dictionary, bool (*isWanted)(int tag)) {
     if (!GroupAccess::isPlain(message)) {
-        return writeFields(ZANFieldGroup(message), type, dictionary);
+        return writeFields(ZANFieldGroup(message), type, dictionary, isWanted);
     }
     FixFieldsSink sink;
     ModelWalk<FixFieldsSink> walk(dictionary, sink);
     walk.setType(type);
-    walk.top(message, [](int) { return true; });
+    walk.top(message, isWanted);
     return sink.take();
 }
 

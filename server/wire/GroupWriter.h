@@ -13,7 +13,7 @@
 
 namespace zan::server {
 
-/// The fields of a message's model: ascending tags at the top, but before the first group what a
+/// The fields of a message's model: ascending tags at the top, but before the first count what a
 /// reader would take for a member of a group in front of it; repeating groups behind the tag that
 /// counts them, the members of an instance in the dictionary's order, the length of a data field
 /// before it. Counts and lengths are added; where the model holds them they have to be true.
@@ -21,6 +21,10 @@ namespace zan::server {
 /// that is no data, and a group or a member that the dictionary does not know for `type`.
 FixFields writeFields(ZANFieldGroup const& message, std::string const& type,
                       CompiledDictionary const& dictionary);
+
+/// The same without what is not wanted at the top, which may then hold anything.
+FixFields writeFields(ZANFieldGroup const& message, std::string const& type,
+                      CompiledDictionary const& dictionary, bool (*isWanted)(int tag));
 
 /// The same for a single message: compiles the dictionary each time.
 FixFields writeFields(ZANFieldGroup const& message, std::string const& type,

@@ -172,28 +172,25 @@ public:
     }
 
     /// The top level of a message, as far as it is wanted: by ascending tags, but what a group
-    /// could claim for its last instance stands before the first group. Only a plain group, and
+    /// could claim for its last instance stands before the first count. Only a plain group, and
     /// after the type.
     template <class Wanted>
     [[gnu::always_inline]] void top(ZANFieldGroup const& message, Wanted wanted) {
-        GroupTable::Cursor const firstGroup(GroupAccess::groups(message));
-        if (!firstGroup.hasNext()) [[likely]] {
-            topInOrder(message, wanted);
-            return;
-        }
-        int const first = firstGroup.tag();
-        auto const isClaimed = [&](int tag) { return tag > first && mayBeMember(tag); };
-        bool isAnyClaimed = false;
-        topInOrder(message, [&](int tag) { return tag < first && wanted(tag); });
-        merged(message, wanted, [&](int tag, ZANField const*, InstanceList const*) {
-            isAnyClaimed |= isClaimed(tag);
-        });
-        if (isAnyClaimed) {
-            topInOrder(message, [&](int tag) { return isClaimed(tag) && wanted(tag); });
-        }
-        topInOrder(message, [&](int tag) {
-            return tag >= first && !(isAnyClaimed && isClaimed(tag)) && wanted(tag);
-        });
+        bool hasCount = false;
+        merged(
+            message, wanted,
+            [&](int tag, ZANField const* field, InstanceList const* instances)
+                __attribute__((always_inline)) {
+                    PlacedTag const* const count = groups_->counts.find(tag);
+                    if (hasCount && mayBeMember(tag)) {
+                        return; // it is written already
+                    }
+                    if (count && !hasCount) [[unlikely]] {
+                        hasCount = true;
+                        writeClaimed(message, tag, wanted);
+                    }
+                    write(message, 0, tag, field, instances, count);
+                });
     }
 
 private:
@@ -207,14 +204,22 @@ private:
         return cursor.pointer().get();
     }
 
+    // What stands behind the first count in the order of the tags; groups last, so that they claim
+    // nothing here either.
     template <class Wanted>
-    [[gnu::always_inline]] void topInOrder(ZANFieldGroup const& message, Wanted wanted) {
-        merged(
-            message, wanted,
-            [&](int tag, ZANField const* field, InstanceList const* instances)
-                __attribute__((always_inline)) {
+    [[gnu::noinline]] void writeClaimed(ZANFieldGroup const& message, int firstCount,
+                                        Wanted wanted) {
+        for (bool const countsNow : {false, true}) {
+            merged(
+                message,
+                [&](int tag) {
+                    return tag > firstCount && wanted(tag) && mayBeMember(tag) &&
+                           (groups_->counts.find(tag) != nullptr) == countsNow;
+                },
+                [&](int tag, ZANField const* field, InstanceList const* instances) {
                     write(message, 0, tag, field, instances, groups_->counts.find(tag));
                 });
+        }
     }
 
     // A data field brings its length.

@@ -20,9 +20,7 @@ bool isSetByEngine(int tag) {
 
 FixFields bodyOf(ZANFieldGroup const& message, std::string const& type,
                  CompiledDictionary const& dictionary) {
-    FixFields fields = writeFields(message, type, dictionary);
-    std::erase_if(fields, [](FixField const& field) { return isSetByEngine(field.tag); });
-    return fields;
+    return writeFields(message, type, dictionary, [](int tag) { return !isSetByEngine(tag); });
 }
 
 std::string typeOf(ZANFieldGroup const& message) {

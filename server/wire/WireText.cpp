@@ -29,9 +29,10 @@ enum : int {
 /// Where a tag stands in a message.
 enum class Part : std::uint8_t { body, header, trailer, frame };
 
-constexpr short headerTags[] = {34,  43,  49,  50,  52,  56,   57,   90,  91,  97,
-                                115, 116, 122, 128, 129, 142,  143,  144, 145, 212,
-                                213, 347, 369, 370, 627, 1128, 1129, 1156};
+// With the members of the group of hops, which would claim them at the beginning of the body.
+constexpr short headerTags[] = {34,  43,  49,  50,  52,  56,  57,   90,   91,  97,  115,
+                                116, 122, 128, 129, 142, 143, 144,  145,  212, 213, 347,
+                                369, 370, 627, 628, 629, 630, 1128, 1129, 1156};
 constexpr unsigned behindHeaderTags = 1157;
 
 struct Parts {

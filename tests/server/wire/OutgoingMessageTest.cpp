@@ -77,6 +77,14 @@ TEST(OutgoingMessage, WritesAModelByAscendingTags) {
     EXPECT_EQ(printedModel(model), "38=100|43=Y|44=10.5|54=1|55=IBM|");
 }
 
+TEST(OutgoingMessage, DoesNotMindWhatAModelHoldsForTheEngine) {
+    ZANFieldGroup model("D");
+    model.setFieldValue(9, "");
+    model.setFieldValue(34, "a\x01");
+    model.setFieldValue(11, "x");
+    EXPECT_EQ(printedModel(model), "11=x|");
+}
+
 TEST(OutgoingMessage, WritesGroupsInTheOrderOfTheDictionary) {
     ZANFieldGroup model("D");
     model.setFieldValue(55, "IBM");
@@ -100,6 +108,14 @@ TEST(OutgoingMessage, WritesBeforeItsGroupsWhatTheyCouldClaim) {
     model.addGroup(instanceOf(453, 448, "A"));
     EXPECT_EQ(printedModel(model),
               "360=4|361=data|523=of the message|802=0|78=1|79=acc|453=1|448=A|500=x|");
+}
+
+TEST(OutgoingMessage, WritesBeforeACountOfNothingWhatItCouldClaim) {
+    ZANFieldGroup model("D");
+    model.setFieldValue(55, "IBM");
+    model.setFieldValue(78, "0");
+    model.setFieldValue(79, "of the message");
+    EXPECT_EQ(printedModel(model), "55=IBM|79=of the message|78=0|");
 }
 
 TEST(OutgoingMessage, AddsTheLengthOfData) {
