@@ -2,7 +2,7 @@
 # its exit status. To be sourced after common.sh.
 
 # In the order in which `all` runs them: the quick ones first, then what others build upon.
-GATES=(format arrows build headers test docs install bench crash tidy m32 asan tsan)
+GATES=(format arrows build headers test docs install bench crash fuzz tidy m32 asan tsan)
 
 list_gates() {
     cat <<'TEXT'
@@ -15,6 +15,7 @@ docs     API pages without warnings; the code and the links of the documents
 install  the installed package, proved by consumers outside the tree; and as a subproject
 bench    every benchmark, run briefly
 crash    a program under load is killed 200 times, and nothing is lost
+fuzz     every fuzzer, a minute each
 tidy     clang-tidy
 m32      library and tests as 32-bit programs
 asan     tests under AddressSanitizer, LeakSanitizer and UndefinedBehaviorSanitizer
@@ -91,6 +92,10 @@ gate_bench() {
     build default zan_benchmarks zan-bench-engine
     build/default/bin/zan_benchmarks --benchmark_min_time=0.001
     build/default/bin/zan-bench-engine --quick
+}
+
+gate_fuzz() {
+    bash scripts/fuzz 60
 }
 
 gate_crash() {
