@@ -77,8 +77,8 @@ Row rowOf(Runner const& theirs) {
 } // namespace
 
 Rows measureRoundTrip(Plan const& plan) {
-    // In slices that take turns, too short for anybody to think that the other is idle. The first of
-    // each is for warming up.
+    // In slices that take turns, too short for anybody to think that the other is idle. The first
+    // of each is for warming up.
     constexpr long slices = 100;
     WorkFolder const folder(plan.folder);
     CounterpartyProcess forEngine("ENGINE", true);
