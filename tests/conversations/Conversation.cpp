@@ -100,7 +100,6 @@ std::map<std::string, Conversation::Verb> const& Conversation::verbs() {
                                                       {"half-close", &C::finishWriting},
                                                       {"close", &C::close},
                                                       {"cut", &C::cut},
-                                                      {"wait", &C::wait},
                                                       {"not-logged", &C::notLogged},
                                                       {"refused", &C::refused},
                                                       {"noted", &C::noted}};
@@ -205,10 +204,6 @@ void Conversation::expectError(std::string const& rest) {
         bool const isRight = rest.empty() ? error.empty() : error.find(rest) != std::string::npos;
         return isRight ? "" : "the last error is \"" + error + "\"";
     });
-}
-
-void Conversation::wait(std::string const& rest) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(std::stol(rest)));
 }
 
 // Nothing was left unsaid, and the log tells the same as the wire.

@@ -66,7 +66,6 @@ private:
     void finishWriting(std::string const& rest);
     void close(std::string const& rest);
     void cut(std::string const& rest);
-    void wait(std::string const& rest);
 
     // What the log has to hold.
     void notLogged(std::string const& rest);
