@@ -209,16 +209,25 @@ private:
     template <class Wanted>
     [[gnu::noinline]] void writeClaimed(ZANFieldGroup const& message, int firstCount,
                                         Wanted wanted) {
-        for (bool const countsNow : {false, true}) {
-            merged(
-                message,
-                [&](int tag) {
-                    return tag > firstCount && wanted(tag) && mayBeMember(tag) &&
-                           (groups_->counts.find(tag) != nullptr) == countsNow;
-                },
-                [&](int tag, ZANField const* field, InstanceList const* instances) {
-                    write(message, 0, tag, field, instances, groups_->counts.find(tag));
-                });
+        auto const isClaimed = [&](int tag) {
+            return tag > firstCount && mayBeMember(tag) && wanted(tag);
+        };
+        bool isAnyCount = false;
+        merged(message, isClaimed,
+               [&](int tag, ZANField const* field, InstanceList const* instances) {
+                   if (groups_->counts.find(tag)) {
+                       isAnyCount = true;
+                   } else {
+                       write(message, 0, tag, field, instances, nullptr);
+                   }
+               });
+        if (isAnyCount) {
+            merged(message, isClaimed,
+                   [&](int tag, ZANField const* field, InstanceList const* instances) {
+                       if (PlacedTag const* const count = groups_->counts.find(tag)) {
+                           write(message, 0, tag, field, instances, count);
+                       }
+                   });
         }
     }
 
