@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <charconv>
+#include <cmath>
 #include <string>
 #include <utility>
 
@@ -147,6 +149,29 @@ TEST(WireProperty, FieldsForASessionAreThoseOfTheText) {
             ASSERT_EQ(fromText.body[i].value, fromModel.body[i].value);
         }
     });
+}
+
+TEST(WireProperty, ADecimalIsWrittenInItsShortestForm) {
+    Chance chance(20261121);
+    CompiledDictionary const dictionary(GroupDictionary{"FIX.4.4", {}, {}});
+    for (int i = 0; i < 100'000; ++i) {
+        // Few digits mostly, as prices have, and some doubles as they come.
+        int const decimals = chance.between(0, 9);
+        double number = chance.between(0, 1'000'000'000) / std::pow(10, decimals);
+        number *= chance.oneIn(4) ? 1.0 / 3 : chance.oneIn(10) ? 1e6 : 1;
+        number = chance.oneIn(2) ? -number : number;
+        ZANFieldGroup message("D");
+        message.setFieldValue(44, number);
+        char digits[64];
+        auto const size = std::abs(number);
+        auto const end =
+            size == 0 || (size >= 1e-5 && size <= 1e15)
+                ? std::to_chars(digits, digits + sizeof digits, number, std::chars_format::fixed)
+                      .ptr
+                : std::to_chars(digits, digits + sizeof digits, number).ptr;
+        ASSERT_EQ(valueOf(wireText(message, dictionary), 44), std::string_view(digits, end))
+            << "number " << i;
+    }
 }
 
 TEST(WireProperty, AnUnknownTagPassesUnharmed) {
