@@ -14,8 +14,8 @@ namespace {
 
 using namespace zan::server;
 
-constexpr std::size_t size = 1'000'000;
-constexpr std::chrono::seconds patience(10);
+constexpr std::size_t size = 2'000'000;
+constexpr std::chrono::seconds patience(30);
 
 struct Hostile {
     char const* name;
