@@ -41,7 +41,7 @@ GroupDictionary loadDictionary(ConnectionSettings const& settings) {
 }
 
 LogSettings logSettings(ConnectionSettings const& settings, std::string const& dataFolder) {
-    return {(std::filesystem::path(dataFolder) / (settings.name + ".log")).string(),
+    return {(std::filesystem::absolute(dataFolder) / (settings.name + ".log")).string(),
             settings.valueOf("Durability", "normal") == "full"};
 }
 

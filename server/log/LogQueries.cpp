@@ -101,7 +101,7 @@ void LogQueries::readSent(int first, int last, std::string const& where, Sink co
         }
     };
     if (isBlank(where)) {
-        reader.sent(reader.numberingFirst(), first, end, pass);
+        reader.sent(reader.numberingFirst(), first, end, LogReader::Damaged::Throws, pass);
         return;
     }
     SearchTerms terms;

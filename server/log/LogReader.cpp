@@ -77,7 +77,7 @@ IdRange LogReader::sentWithin(long from, int first, int last) {
     return {firstWithNextOutAbove(first, all), firstWithNextOutAbove(last + 1, all)};
 }
 
-void LogReader::sent(long from, int first, int last, RowSink const& sink) {
+void LogReader::sent(long from, int first, int last, Damaged damaged, RowSink const& sink) {
     IdRange const ids = sentWithin(from, first, last);
     Statement& rows =
         connection_.statement(selectRows("id BETWEEN ?1 AND ?2 AND origin=0 AND stream IN (1,3,4) "
@@ -85,9 +85,12 @@ void LogReader::sent(long from, int first, int last, RowSink const& sink) {
     StatementUse const use(rows);
     rows.bind(1, ids.first).bind(2, ids.second).bind(3, first).bind(4, last);
     for (int seq = 0; seq < last && rows.step();) {
-        LogRow row = readRow(connection_.database(), rows);
-        seq = row.entry.seq;
-        sink(std::move(row));
+        seq = static_cast<int>(rows.number(4));
+        if (damaged == Damaged::Throws) {
+            sink(readRow(connection_.database(), rows));
+        } else if (std::optional<LogRow> row = readSoundRow(rows)) {
+            sink(std::move(*row));
+        }
     }
 }
 

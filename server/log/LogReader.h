@@ -46,8 +46,10 @@ public:
     /// Where everything lies that was sent under these numbers, among the rows from `from` on.
     IdRange sentWithin(long from, int first, int last);
 
-    /// What was sent under these numbers, among the rows from `from` on.
-    void sent(long from, int first, int last, RowSink const& sink);
+    /// What was sent under these numbers, among the rows from `from` on. A damaged row throws, or
+    /// is left out.
+    enum class Damaged { Throws, LeftOut };
+    void sent(long from, int first, int last, Damaged damaged, RowSink const& sink);
 
 private:
     template <class IsReached>

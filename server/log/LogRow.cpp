@@ -29,11 +29,6 @@ std::int64_t checksumOf(LogRow const& row, std::string_view time, std::string_vi
     return sum.value();
 }
 
-[[noreturn]] void failDamaged(Database const& database, long id) {
-    database.failWith("the row with id " + std::to_string(id) +
-                      " is damaged: its checksum does not fit what it holds");
-}
-
 } // namespace
 
 std::string_view typeOf(std::string_view text) {
@@ -45,7 +40,7 @@ bool isSent(FixEntry const& entry) {
            entry.stream != FixStream::appIn;
 }
 
-LogRow readRow(Database const& database, Statement const& statement) {
+std::optional<LogRow> readSoundRow(Statement const& statement) {
     LogRow row;
     row.entry.id = static_cast<long>(statement.number(0));
     std::string_view const time = statement.bytes(1);
@@ -61,14 +56,23 @@ LogRow readRow(Database const& database, Statement const& statement) {
     }
     row.isHidden = statement.number(12) != 0;
     if (statement.number(10) != checksumOf(row, time, statement.bytes(3))) {
-        failDamaged(database, row.entry.id);
+        return std::nullopt;
     }
     try {
         row.entry.millis = millisOf(time);
     } catch (InfraException const&) {
-        failDamaged(database, row.entry.id);
+        return std::nullopt;
     }
     return row;
+}
+
+LogRow readRow(Database const& database, Statement const& statement) {
+    std::optional<LogRow> row = readSoundRow(statement);
+    if (!row) {
+        database.failWith("the row with id " + std::to_string(statement.number(0)) +
+                          " is damaged: its checksum does not fit what it holds");
+    }
+    return std::move(*row);
 }
 
 RowWriter::RowWriter(Database const& database)

@@ -40,6 +40,9 @@ inline constexpr std::string_view rowColumns =
 /// Throws `LogFailure` with file and id when the row is not what was written.
 LogRow readRow(Database const& database, Statement const& statement);
 
+/// Nothing when the row is not what was written.
+std::optional<LogRow> readSoundRow(Statement const& statement);
+
 /// Writes rows; for new ones, and for those that an edit changed.
 class RowWriter {
 public:

@@ -88,7 +88,8 @@ std::vector<FixEntry> MessageLog::sent(int first, int last) {
     int const end = last > 0 ? last : std::numeric_limits<int>::max();
     long const from = impl_->writer.openNumberingFirst();
     ReadPool::Reader const reader(impl_->readers);
-    LogReader(*reader).sent(from, first, end, take);
+    // A session that stopped at a damaged row would never get past it: it fills the gap instead.
+    LogReader(*reader).sent(from, first, end, LogReader::Damaged::LeftOut, take);
     for (LogRow const& row : impl_->writer.openRows()) {
         int const seq = row.entry.seq;
         if (row.entry.id >= from && isSent(row.entry) && seq >= first && seq <= end) {

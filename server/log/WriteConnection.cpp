@@ -5,9 +5,11 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace zan::server {
@@ -50,14 +52,32 @@ Database opened(LogSettings const& settings) {
     return database;
 }
 
+// Which file it is, whatever its name; nothing when there is none under that name.
+std::optional<std::pair<dev_t, ino_t>> identityOf(std::string const& file) {
+    struct stat found {};
+    if (stat(file.c_str(), &found) != 0) {
+        return std::nullopt;
+    }
+    return std::pair(found.st_dev, found.st_ino);
+}
+
 } // namespace
 
 WriteConnection::WriteConnection(LogSettings const& settings)
     : database_(opened(settings)), begin_(database_, "BEGIN IMMEDIATE"),
-      commit_(database_, "COMMIT"), rows_(database_) {}
+      commit_(database_, "COMMIT"), rows_(database_),
+      identity_(identityOf(settings.file).value_or(std::pair<dev_t, ino_t>())) {}
+
+void WriteConnection::requireFile() const {
+    if (identityOf(database_.file()) != identity_) {
+        database_.failWith("the file was moved away or deleted while the engine runs; it has to be "
+                           "back in its place");
+    }
+}
 
 void WriteConnection::insertAlone(LogRow const& row, std::string const& time) {
     std::lock_guard const lock(mutex_);
+    requireFile();
     rows_.insert(row, time);
     ++changes_;
 }

@@ -10,6 +10,9 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
+#include <utility>
+
+#include <sys/types.h>
 
 namespace zan::server {
 
@@ -23,6 +26,7 @@ public:
     template <class Work>
     void transact(Work const& work) {
         std::lock_guard const lock(mutex_);
+        requireFile();
         begin_.run();
         try {
             work(*this);
@@ -49,11 +53,16 @@ public:
     std::uint64_t changes() const { return changes_.load(std::memory_order_relaxed); }
 
 private:
+    /// Throws `LogFailure` when the file is not in its place any more: what was written into it
+    /// then would be lost.
+    void requireFile() const;
+
     std::mutex mutex_;
     Database database_;
     Statement begin_;
     Statement commit_;
     RowWriter rows_;
+    std::pair<dev_t, ino_t> identity_;
     std::atomic<std::uint64_t> changes_ = 0;
 };
 

@@ -93,7 +93,7 @@ TEST_F(DataFolderFaultTest, IsRefusedWhenItCannotBeWrittenAndTakenWhenItCan) {
     ZANEngineProxy::uninitialize();
 }
 
-TEST_F(DataFolderFaultTest, DISABLED_IsMissedWhenItIsMovedAwayAndTheWorkGoesOnWhenItIsBack) {
+TEST_F(DataFolderFaultTest, IsMissedWhenItIsMovedAwayAndTheWorkGoesOnWhenItIsBack) {
     startAndConnect({"--no-reports"});
     send(10);
     std::string const away = folder_ + "/away";
@@ -114,7 +114,7 @@ TEST_F(DataFolderFaultTest, DISABLED_IsMissedWhenItIsMovedAwayAndTheWorkGoesOnWh
     expectAcknowledgedEverywhere();
 }
 
-TEST_F(DataFolderFaultTest, DISABLED_IsMissedWhenItIsDeleted) {
+TEST_F(DataFolderFaultTest, IsMissedWhenItIsDeleted) {
     startAndConnect({"--no-reports"});
     send(10);
     std::filesystem::remove_all(dataFolder());
