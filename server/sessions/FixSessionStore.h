@@ -74,9 +74,8 @@ public:
     virtual long append(FixEntry entry) = 0;
 
     /// The messages that were first sent under these numbers of the current numbering, in their
-    /// order, also those of the open transaction. Numbers that cannot be had, of
-    /// damaged entries too, are left out. Throws
-    /// std::runtime_error when the storage fails.
+    /// order, also those of the open transaction. Numbers that cannot be had, those of damaged
+    /// entries too, are left out. Throws std::runtime_error when the storage fails.
     virtual std::vector<FixEntry> sent(int first, int last) = 0;
 
     /// Makes the transaction last, and returns its entries in their order. Throws

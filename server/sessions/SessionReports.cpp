@@ -15,7 +15,7 @@ void SessionReports::loggedOff() {
 }
 
 void SessionReports::trouble(FixTrouble kind, std::string const& text) {
-    waiting_.push_back({Report::trouble, 0, kind, text});
+    waiting_.push_back({Report::problem, 0, kind, text});
 }
 
 // A report may make the session send, which delivers reports of its own.
@@ -39,7 +39,7 @@ void SessionReports::deliver(Report const& report) {
         if (loggedOn_.exchange(false))
             events_.loggedOff();
         break;
-    case Report::trouble:
+    case Report::problem:
         events_.trouble(report.troubleKind, report.text);
         break;
     }

@@ -34,7 +34,7 @@ public:
 
 private:
     struct Report {
-        enum Kind { on, off, trouble } kind;
+        enum Kind { on, off, problem } kind;
         int heartbeatSeconds;
         FixTrouble troubleKind;
         std::string text;
