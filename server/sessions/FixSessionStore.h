@@ -43,8 +43,9 @@ struct FixEntry {
     std::string note; ///< for people
 };
 
-/// The numbers that the next message out and the next message in will carry.
-struct FixNumbers {
+/// The numbers that the next message out and the next message in will carry. They fill one word, so
+/// that a `std::atomic` of them takes no lock.
+struct alignas(8) FixNumbers {
     int nextOut = 1;
     int nextIn = 1;
 };

@@ -25,7 +25,7 @@ std::size_t const MemoryStore::mostSent;
 MemoryStore::MemoryStore() {
     committed_.began = nowMillis();
     open_ = committed_;
-    show(open_.numbers);
+    shownNumbers_ = open_.numbers;
 }
 
 MemoryStore::~MemoryStore() = default;
@@ -35,24 +35,9 @@ void MemoryStore::unlock() {
     turn_.unlock();
 }
 
-FixNumbers MemoryStore::numbers() const {
-    std::uint64_t const both = shownNumbers_.load(std::memory_order_acquire);
-    FixNumbers numbers;
-    numbers.nextOut = static_cast<int>(both >> 32);
-    numbers.nextIn = static_cast<int>(both & 0xffffffff);
-    return numbers;
-}
-
-// One value holds both numbers, so that nobody sees one of before and one of after.
-void MemoryStore::show(FixNumbers numbers) {
-    std::uint64_t const out = static_cast<std::uint32_t>(numbers.nextOut);
-    std::uint64_t const in = static_cast<std::uint32_t>(numbers.nextIn);
-    shownNumbers_.store(out << 32 | in, std::memory_order_release);
-}
-
 void MemoryStore::setNumbers(FixNumbers numbers) {
     open_.numbers = numbers;
-    show(numbers);
+    shownNumbers_ = numbers;
 }
 
 void MemoryStore::reset() {
@@ -100,7 +85,7 @@ std::vector<FixEntry> MemoryStore::commit() {
 
 void MemoryStore::rollBack() {
     open_ = committed_;
-    show(open_.numbers);
+    shownNumbers_ = open_.numbers;
     entries_.clear();
     firstOfNumbering_ = 0;
     wasReset_ = false;

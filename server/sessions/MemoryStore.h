@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <cstddef>
-#include <cstdint>
 #include <deque>
 #include <mutex>
 
@@ -24,7 +23,7 @@ public:
 
     void lock() override { turn_.lock(); }
     void unlock() override;
-    FixNumbers numbers() const override;
+    FixNumbers numbers() const override { return shownNumbers_; }
     void setNumbers(FixNumbers numbers) override;
     void reset() override;
     long long numberingBegan() const override { return open_.began; }
@@ -41,10 +40,8 @@ private:
         long long began = 0;
     };
 
-    void show(FixNumbers numbers);
-
     std::mutex turn_;
-    std::atomic<std::uint64_t> shownNumbers_;
+    std::atomic<FixNumbers> shownNumbers_;
     State committed_;
     State open_;
     bool wasReset_ = false;
