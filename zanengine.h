@@ -3,6 +3,7 @@
 #ifndef ZANENGINE_ZANENGINE_H
 #define ZANENGINE_ZANENGINE_H
 
+#include "infra/Diagnostics.h"
 #include "infra/DynamicMethod.h"
 #include "infra/Export.h"
 #include "infra/IMutex.h"

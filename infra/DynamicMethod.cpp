@@ -1,5 +1,6 @@
 #include "infra/DynamicMethod.h"
 
+#include "infra/Diagnostics.h"
 #include "infra/InfraException.h"
 
 #include <algorithm>
@@ -73,6 +74,9 @@ void* getDynamicMethod(std::string const& module, std::string const& function, b
     std::string tried;
     for (std::string const& file : candidates(module)) {
         if (void* const handle = dlopen(file.c_str(), flags)) {
+            if (load && isDiagnosing(DiagnosticLevel::Info)) {
+                diagnose(DiagnosticLevel::Info, "module", "loaded " + file);
+            }
             return dlsym(handle, function.c_str());
         }
         tried += "\n  " + loaderWords(file);
