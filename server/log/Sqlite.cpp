@@ -1,5 +1,7 @@
 #include "server/log/Sqlite.h"
 
+#include "server/log/FrameWrites.h"
+
 #include <sqlite3.h>
 
 #include <cstring>
@@ -9,8 +11,6 @@ namespace zan::server {
 
 namespace {
 
-// Keeps other processes out, and the index of the write-ahead log in this process's own memory.
-constexpr char const* fileSystem = "unix-excl";
 constexpr int busyMillis = 3'000;
 
 int flagsOf(Database::Access access) {
@@ -74,8 +74,8 @@ void Database::Close::operator()(sqlite3* handle) const {
 
 Database::Database(std::string file, Access access) : file_(std::move(file)) {
     sqlite3* handle = nullptr;
-    int const code =
-        sqlite3_open_v2(file_.c_str(), &handle, flagsOf(access) | SQLITE_OPEN_NOMUTEX, fileSystem);
+    int const code = sqlite3_open_v2(file_.c_str(), &handle, flagsOf(access) | SQLITE_OPEN_NOMUTEX,
+                                     logFileSystem());
     handle_.reset(handle);
     if (code != SQLITE_OK) {
         throw SqliteFailure(failureText(file_, handle, code), code);

@@ -3,6 +3,7 @@
 #include "server/log/LogSchema.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <optional>
@@ -19,6 +20,10 @@ namespace {
 // A commit that finds more pages than this in the write-ahead log moves them into the file itself.
 // Usually that was done before, when nobody had to wait for it.
 constexpr char const* mostPagesAhead = "16000";
+
+// To look for the file takes a good part of the time of a small commit, so that commits that follow
+// each other closely do not look each time.
+constexpr std::chrono::milliseconds lookInterval{50};
 
 // The database itself tells what it tried last, which is not what is wrong.
 [[noreturn]] void failToOpen(std::string const& file, SqliteFailure const& failure) {
@@ -68,11 +73,16 @@ WriteConnection::WriteConnection(LogSettings const& settings)
       commit_(database_, "COMMIT"), rows_(database_),
       identity_(identityOf(settings.file).value_or(std::pair<dev_t, ino_t>())) {}
 
-void WriteConnection::requireFile() const {
+void WriteConnection::requireFile() {
+    auto const now = std::chrono::steady_clock::now();
+    if (now < nextLook_) {
+        return;
+    }
     if (identityOf(database_.file()) != identity_) {
         database_.failWith("the file was moved away or deleted while the engine runs; it has to be "
                            "back in its place");
     }
+    nextLook_ = now + lookInterval;
 }
 
 void WriteConnection::insertAlone(LogRow const& row, std::string const& time) {

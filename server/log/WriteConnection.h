@@ -8,6 +8,7 @@
 #include "server/log/Sqlite.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <utility>
@@ -54,8 +55,8 @@ public:
 
 private:
     /// Throws `LogFailure` when the file is not in its place any more: what was written into it
-    /// then would be lost.
-    void requireFile() const;
+    /// then would be lost. Found out within 50 ms.
+    void requireFile();
 
     std::mutex mutex_;
     Database database_;
@@ -63,6 +64,7 @@ private:
     Statement commit_;
     RowWriter rows_;
     std::pair<dev_t, ino_t> identity_;
+    std::chrono::steady_clock::time_point nextLook_;
     std::atomic<std::uint64_t> changes_ = 0;
 };
 
