@@ -30,6 +30,8 @@ UPWARD = {("adapter/IZANEngineAdapter.cpp", "engine/ZANEngineProxy.h")}
 PLACES = {
     "quickfix/": ["server/sessions/", "tests/support/acceptor/", "tests/crash/", "benchmarks/"],
     "sqlite3.h": ["server/log/"],
+    "microhttpd.h": ["server/metrics/"],
+    "prometheus/": ["server/metrics/"],
     "nats/": ["transports/nats/"],
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]', re.MULTILINE)

@@ -21,20 +21,18 @@ using namespace std::chrono_literals;
 // What a session may take beyond its own timeout to close a link.
 constexpr std::chrono::milliseconds closingTime = 1s;
 
-// A listener that takes longer than this is worth a line for the operator.
-constexpr std::chrono::milliseconds longDelivery = 10s;
-
 } // namespace
 
-Connection::Connection(ConnectionSettings settings, std::string const& dataFolder, EventSink sink)
+Connection::Connection(ConnectionSettings settings, std::string const& dataFolder, EventSink sink,
+                       DiagnosticQueue& diagnostics)
     : settings_(std::move(settings)), dictionary_(loadDictionary(settings_)),
-      sink_(std::move(sink)), logFile_(logSettings(settings_, dataFolder).file),
-      log_(logSettings(settings_, dataFolder)),
+      sink_(std::move(sink)), diary_(settings_.name, diagnostics),
+      logFile_(logSettings(settings_, dataFolder).file), log_(logSettings(settings_, dataFolder)),
       queue_([this](Delivery const& delivery) { deliver(delivery); }, [this] { setReading(); },
              log_.lastId()),
       watch_([this](LinkState const& state) { queue_.push(state); }),
       history_(log_, settings_, dictionary_,
-               [this](std::string const& text) { watch_.trouble(FixTrouble::storage, text); }),
+               [this](std::string const& text) { trouble(FixTrouble::storage, text); }),
       sendQueue_([this](std::vector<FixOutgoing> const& messages, std::vector<long>& ids) {
           return sendTogether(messages, ids);
       }) {
@@ -77,6 +75,7 @@ void Connection::connect(ZANFieldGroup const* logonFields) {
 
 // The turn to connect is the caller's.
 void Connection::logOn(FixFields const& fields, LinkWatch::Clock::time_point deadline) {
+    diary_.connecting(addressOf(settings_));
     endSession();
     watch_.beginLogon();
     {
@@ -87,6 +86,7 @@ void Connection::logOn(FixFields const& fields, LinkWatch::Clock::time_point dea
     LogonResult const result = watch_.waitForLogon(deadline);
     if (result.outcome != LogonResult::Outcome::LoggedOn) {
         endSession();
+        diary_.notConnected(result.reason);
         failToConnect(result);
     }
 }
@@ -113,6 +113,7 @@ void Connection::disconnect(std::string const& reason) {
     watch_.cancelLogon("disconnected by the application");
     std::chrono::seconds const patience(std::stol(settings_.valueOf("LogoutTimeout", "2")));
     if (watch_.isLoggedOn()) {
+        diary_.disconnecting(reason);
         session_->requestLogout(reason);
         watch_.waitForLinkDown(LinkWatch::Clock::now() + patience + closingTime);
     }
@@ -160,48 +161,48 @@ void Connection::stop(std::string const& reason, std::chrono::milliseconds patie
     disconnect(reason);
     bool const isLate = !queue_.stop(patience) && patience > 0ms;
     if (isLate) {
-        report(name(), "a listener does not return; it is left behind");
+        diary_.listenerTrouble("a listener does not return; it is left behind");
     }
     try {
         log_.flushMarks();
     } catch (LogFailure const& e) {
-        report(name(), e.what());
+        diary_.listenerTrouble(e.what());
     }
-}
-
-void Connection::maintain() {
-    log_.maintain();
-    bool const isStuck = queue_.timeOfDelivery() > longDelivery;
-    if (isStuck && !isStuckReported_) {
-        report(name(), "a listener has not returned for " + std::to_string(longDelivery / 1s) +
-                           " s; the connection waits for it");
-    }
-    isStuckReported_ = isStuck;
 }
 
 void Connection::linkUp(std::string const& local, std::string const& remote) {
     watch_.linkUp(local, remote);
+    diary_.linkUp(watch_.state());
 }
 
 void Connection::linkDown() {
     watch_.linkDown();
+    diary_.linkDown(watch_.state());
 }
 
 void Connection::loggedOn(int heartbeatSeconds) {
     watch_.loggedOn(heartbeatSeconds);
+    diary_.loggedOn(log_.numbers());
 }
 
 void Connection::loggedOff() {
     watch_.loggedOff();
+    diary_.loggedOff();
 }
 
 void Connection::trouble(FixTrouble kind, std::string const& text) {
-    watch_.trouble(kind, text);
+    if (watch_.trouble(kind, text)) {
+        diary_.trouble(kind, text);
+    }
 }
 
 // Under the turn of the log, so that the queue has the log's order.
 void Connection::logged(std::vector<FixEntry>& entries) {
-    watch_.stored();
+    if (watch_.stored()) {
+        diary_.storageWorksAgain();
+    }
+    traffic_.count(entries);
+    diary_.logged(entries);
     std::erase_if(entries, [](FixEntry const& entry) { return !isDelivered(entry.origin); });
     for (FixEntry const& entry : entries) {
         if (entry.stream == FixStream::adminIn) {

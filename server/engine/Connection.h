@@ -10,21 +10,26 @@
 #include "infra/counted_ptr.h"
 #include "message/ZANMessage.h"
 #include "server/config/SessionFile.h"
+#include "server/engine/ConnectionDiary.h"
+#include "server/engine/ConnectionFigures.h"
 #include "server/engine/DeliveryQueue.h"
 #include "server/engine/LinkWatch.h"
 #include "server/engine/MessageHistory.h"
 #include "server/engine/SendQueue.h"
 #include "server/engine/Subscribers.h"
 #include "server/engine/TimedTurn.h"
+#include "server/engine/TrafficCounters.h"
 #include "server/log/MessageLog.h"
 #include "server/sessions/FixSession.h"
 #include "server/wire/OutgoingMessage.h"
 
+#include <array>
 #include <atomic>
 #include <functional>
 #include <future>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,8 +45,9 @@ enum class MessageKind { Admin, App };
 class Connection final : private FixSessionEvents {
 public:
     /// Throws `WrongConfigurationException` when the session or its log cannot be set up so, and
-    /// `LogFailure` when the log cannot be read.
-    Connection(ConnectionSettings settings, std::string const& dataFolder, EventSink sink);
+    /// `LogFailure` when the log cannot be read. The queue outlives the connection.
+    Connection(ConnectionSettings settings, std::string const& dataFolder, EventSink sink,
+               DiagnosticQueue& diagnostics);
 
     ~Connection() override;
     Connection(Connection const&) = delete;
@@ -95,6 +101,12 @@ public:
     /// One `key=value` a line, without secrets.
     std::string properties() const;
 
+    /// What operators may want to know; takes no lock for long.
+    ConnectionFigures figures() const;
+
+    /// What an operator has to see to, one line each. A connection that is logged off is well.
+    std::vector<std::string> ailments() const;
+
     Subscribers& subscribers() { return subscribers_; }
     MessageHistory& history() { return history_; }
     MessageLog& log() { return log_; }
@@ -131,6 +143,9 @@ private:
     std::vector<long> sendAll(std::vector<FixOutgoing> messages);
     std::vector<long> postAll(std::vector<OutgoingMessage> const& messages);
     void waitForListeners();
+    bool isListenerStuck() const;
+    std::vector<MarkFigures> markFigures() const;
+    long newestDelivered(FixStream stream) const;
     [[noreturn]] void failToSend(FixSendResult result);
     [[noreturn]] void failToConnect(LogonResult const& result) const;
     std::string described(std::string const& what) const;
@@ -143,13 +158,16 @@ private:
     void deliverState(LinkState const& state);
     void redeliverUpTo(long lastId, std::string const& subscriber, MessageSieve& sieve);
     void redeliver(FixEntry const& entry, MessageSieve& sieve);
-    bool isWanted(FixEntry const& entry, Subscriber const& subscriber) const;
+    bool isWanted(FixEntry const& entry, Subscriber const& subscriber);
     template <class Call>
-    void guarded(std::string const& what, Call call) const;
+    void guarded(std::string const& what, Call call);
+    void noteListenerFailure(std::string const& text);
 
     ConnectionSettings const settings_;
     CompiledDictionary const dictionary_;
     EventSink const sink_;
+    ConnectionDiary diary_;
+    TrafficCounters traffic_;
     std::string const logFile_;
     MessageLog log_;
     Subscribers subscribers_;
@@ -164,6 +182,8 @@ private:
     FixFields logonFields_;
     std::atomic<long> pings_{0};
     bool isStuckReported_ = false; // of `maintain` alone
+    mutable std::mutex newestMutex_;
+    mutable std::array<std::optional<long>, streamCount> newestOfBefore_;
 };
 
 } // namespace zan::server

@@ -48,14 +48,19 @@ std::string nameOf(FixEntry const& entry) {
 } // namespace
 
 template <class Call>
-void Connection::guarded(std::string const& what, Call call) const {
+void Connection::guarded(std::string const& what, Call call) {
     try {
         call();
     } catch (std::exception const& e) {
-        report(name(), "a listener failed on " + what + ": " + e.what());
+        noteListenerFailure(what + ": " + e.what());
     } catch (...) {
-        report(name(), "a listener failed on " + what + ": unknown exception");
+        noteListenerFailure(what + ": unknown exception");
     }
+}
+
+void Connection::noteListenerFailure(std::string const& text) {
+    traffic_.countListenerFailure();
+    diary_.listenerTrouble("a listener failed on " + text);
 }
 
 void Connection::deliver(Delivery const& delivery) {
@@ -84,11 +89,11 @@ void Connection::deliverMessage(FixEntry const& entry) {
 }
 
 // A filter that fails must not keep a message from a listener that wants to lose none.
-bool Connection::isWanted(FixEntry const& entry, Subscriber const& subscriber) const {
+bool Connection::isWanted(FixEntry const& entry, Subscriber const& subscriber) {
     try {
         return !subscriber.sieve || subscriber.sieve->passes(entry);
     } catch (std::exception const& e) {
-        report(name(), "a filter failed on " + nameOf(entry) + ": " + e.what());
+        diary_.listenerTrouble("a filter failed on " + nameOf(entry) + ": " + e.what());
         return true;
     }
 }

@@ -122,8 +122,8 @@ void Connection::waitForListeners() {
 FixSendResult Connection::sendTogether(std::vector<FixOutgoing> const& messages,
                                        std::vector<long>& ids) {
     FixSendResult const result = session_->send(messages, sendPatience, ids);
-    if (result == FixSendResult::sent) {
-        watch_.setUnavailable(false, {});
+    if (result == FixSendResult::sent && watch_.setUnavailable(false, {})) {
+        diary_.counterpartyReads(true);
     }
     return result;
 }
@@ -135,7 +135,9 @@ void Connection::failToSend(FixSendResult result) {
     }
     if (result == FixSendResult::peerTooSlow) {
         std::string const text = "the counterparty does not read; nothing was sent";
-        watch_.setUnavailable(true, text);
+        if (watch_.setUnavailable(true, text)) {
+            diary_.counterpartyReads(false);
+        }
         fail<ZANConnectionUnavailableException>(described(text));
     }
     fail<ZANNotConnectedException>(described("not logged on"));

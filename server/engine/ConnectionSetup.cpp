@@ -3,6 +3,7 @@
 #include "infra/WrongConfigurationException.h"
 #include "server/config/SessionKeys.h"
 #include "server/dictionaries/Dictionaries.h"
+#include "server/wire/Secrets.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -15,11 +16,6 @@ namespace {
 // Stores and logs of a file that other programs share: the engine keeps its own log.
 bool isReplaced(std::string_view key) {
     return key == "FileStorePath";
-}
-
-bool isSecretTag(int tag) {
-    constexpr int secrets[] = {96, 554, 925};
-    return std::ranges::find(secrets, tag) != std::end(secrets);
 }
 
 std::string line(std::string const& key, std::string const& value, bool isSecret) {
@@ -43,6 +39,10 @@ GroupDictionary loadDictionary(ConnectionSettings const& settings) {
 LogSettings logSettings(ConnectionSettings const& settings, std::string const& dataFolder) {
     return {(std::filesystem::absolute(dataFolder) / (settings.name + ".log")).string(),
             settings.valueOf("Durability", "normal") == "full"};
+}
+
+std::string addressOf(ConnectionSettings const& settings) {
+    return settings.valueOf("SocketConnectHost") + ":" + settings.valueOf("SocketConnectPort");
 }
 
 FixSessionSettings sessionSettings(ConnectionSettings const& settings, FixSessionStore& store) {

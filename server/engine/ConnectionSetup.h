@@ -20,6 +20,9 @@ GroupDictionary loadDictionary(ConnectionSettings const& settings);
 /// The file of the connection's message log in this folder, and how durable it has to be.
 LogSettings logSettings(ConnectionSettings const& settings, std::string const& dataFolder);
 
+/// `host:port` of the counterparty.
+std::string addressOf(ConnectionSettings const& settings);
+
 FixSessionSettings sessionSettings(ConnectionSettings const& settings, FixSessionStore& store);
 
 /// One `key=value` a line: the effective settings, then the fields that are added to the Logon.

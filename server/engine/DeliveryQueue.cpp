@@ -89,6 +89,11 @@ bool DeliveryQueue::hasRoom() const {
     return waiting_.size() < capacity;
 }
 
+std::size_t DeliveryQueue::size() const {
+    std::lock_guard const lock(mutex_);
+    return waiting_.size() + undelivered_.load(std::memory_order_relaxed);
+}
+
 bool DeliveryQueue::waitForRoom(std::chrono::milliseconds patience) {
     std::unique_lock lock(mutex_);
     return emptied_.wait_for(lock, patience,
@@ -149,6 +154,7 @@ bool DeliveryQueue::take(std::vector<Delivery>& batch) {
         return false;
     }
     batch.swap(waiting_);
+    undelivered_.store(batch.size(), std::memory_order_relaxed);
     isFilled_ = false;
     return true;
 }
@@ -161,6 +167,7 @@ void DeliveryQueue::deliverAll(std::vector<Delivery> const& batch) {
         began_ = Clock::now().time_since_epoch();
         deliver_(delivery);
         began_ = Clock::duration::zero();
+        undelivered_.fetch_sub(1, std::memory_order_relaxed);
     }
 }
 

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -59,6 +60,9 @@ public:
 
     bool hasRoom() const;
 
+    /// How many entries wait, the one that is being delivered included.
+    std::size_t size() const;
+
     /// False when there was no room until the time was over.
     bool waitForRoom(std::chrono::milliseconds patience);
 
@@ -93,6 +97,7 @@ private:
     std::atomic<bool> isDropping_{false};
     std::thread thread_;
     std::atomic<std::thread::id> deliveringThread_;
+    std::atomic<std::size_t> undelivered_{0}; // of those that the thread has taken
     std::atomic<Clock::duration> began_{Clock::duration::zero()};
 };
 

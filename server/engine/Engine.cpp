@@ -5,6 +5,7 @@
 #include "server/engine/EngineErrors.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace zan::server {
@@ -32,8 +33,8 @@ Engine::Engine(std::vector<ConnectionSettings> connections, std::string const& d
     : folder_(dataFolder) {
     for (ConnectionSettings& settings : connections) {
         try {
-            connections_.push_back(
-                std::make_unique<Connection>(std::move(settings), folder_.path(), sink));
+            connections_.push_back(std::make_unique<Connection>(std::move(settings), folder_.path(),
+                                                                sink, diagnostics_));
         } catch (LogFailure const& e) {
             fail<ZANPersistentStorageException>(e.what());
         }
@@ -48,6 +49,10 @@ void Engine::start() {
         connection->start(shared_from_this());
     }
     keeper_ = std::thread([this] { keep(); });
+    diagnostics_.tell(DiagnosticLevel::Info, "engine", [this] {
+        return "runs; connections: " + std::to_string(connections_.size()) +
+               ", data folder: " + dataFolder();
+    });
 }
 
 void Engine::keep() {
@@ -80,6 +85,8 @@ void Engine::stop() {
     for (std::thread& thread : stopping) {
         thread.join();
     }
+    diagnostics_.tell(DiagnosticLevel::Info, "engine",
+                      [this] { return "has stopped; data folder: " + dataFolder(); });
 }
 
 Connection& Engine::connection(std::string const& name) const {
@@ -89,6 +96,14 @@ Connection& Engine::connection(std::string const& name) const {
         fail<ZANConnectionUnknownException>("this engine has no connection \"" + name + "\"");
     }
     return **found;
+}
+
+std::vector<std::string> Engine::ailments() const {
+    std::vector<std::string> ailments;
+    for (auto const& connection : connections_) {
+        std::ranges::move(connection->ailments(), std::back_inserter(ailments));
+    }
+    return ailments;
 }
 
 bool Engine::isDelivering() const {

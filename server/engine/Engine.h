@@ -6,6 +6,7 @@
 
 #include "server/engine/Connection.h"
 #include "server/engine/DataFolder.h"
+#include "server/engine/DiagnosticQueue.h"
 
 #include <condition_variable>
 #include <memory>
@@ -39,6 +40,14 @@ public:
     /// Throws `ZANConnectionUnknownException`.
     Connection& connection(std::string const& name) const;
 
+    std::string const& dataFolder() const { return folder_.path(); }
+
+    /// What an operator has to see to, one line each; nothing when all is well.
+    std::vector<std::string> ailments() const;
+
+    /// For what else there is to tell about the engine.
+    DiagnosticQueue& diagnostics() { return diagnostics_; }
+
     /// Whether the caller is a listener of one of the connections.
     bool isDelivering() const;
 
@@ -48,6 +57,7 @@ private:
     void start();
     void keep();
 
+    DiagnosticQueue diagnostics_;
     DataFolder const folder_;
     std::vector<std::unique_ptr<Connection>> connections_;
     std::mutex keeperMutex_;

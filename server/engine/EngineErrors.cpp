@@ -15,11 +15,14 @@ void failAs(std::string const& type, std::string const& text) {
     ZANUtilityFunctions::throwConcreteRemoteException(type, text);
 }
 
-void report(std::string const& connection, std::string const& text) {
-    std::string line = "Connection " + connection + ": " + text;
+std::string onOneLine(std::string text) {
     std::ranges::replace_if(
-        line, [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
-    std::cout << line + '\n' << std::flush;
+        text, [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    return text;
+}
+
+void report(std::string const& connection, std::string const& text) {
+    std::cout << onOneLine("Connection " + connection + ": " + text) + '\n' << std::flush;
 }
 
 } // namespace zan::server

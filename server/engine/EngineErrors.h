@@ -16,6 +16,9 @@ template <class Failure>
 /// Throws what is registered for the engine's error name `type`.
 [[noreturn]] void failAs(std::string const& type, std::string const& text);
 
+/// The text with blanks in place of line ends and other control characters.
+std::string onOneLine(std::string text);
+
 /// One line on standard output for an operator, whatever line ends and control characters `text`
 /// holds.
 void report(std::string const& connection, std::string const& text);

@@ -96,7 +96,7 @@ void LinkWatch::loggedOff() {
     change(isLogoutSeen_ ? FLAG_LOGGED_OUT : 0, FLAG_SESSION_ACTIVE);
 }
 
-void LinkWatch::trouble(FixTrouble kind, std::string const& text) {
+bool LinkWatch::trouble(FixTrouble kind, std::string const& text) {
     std::lock_guard const lock(mutex_);
     long const flag = flagOf(kind);
     bool const isNews = state_.lastError != text || (state_.flags & flag) != flag;
@@ -110,22 +110,26 @@ void LinkWatch::trouble(FixTrouble kind, std::string const& text) {
     if (isNews) {
         change(flag, 0);
     }
+    return isNews;
 }
 
-void LinkWatch::stored() {
+bool LinkWatch::stored() {
     std::lock_guard const lock(mutex_);
-    if (state_.has(FLAG_DB_ERROR)) {
+    bool const wasBroken = state_.has(FLAG_DB_ERROR);
+    if (wasBroken) {
         change(0, FLAG_DB_ERROR);
     }
+    return wasBroken;
 }
 
-void LinkWatch::setUnavailable(bool on, std::string const& text) {
+bool LinkWatch::setUnavailable(bool on, std::string const& text) {
     std::lock_guard const lock(mutex_);
     if (on == state_.has(FLAG_UNAVAILABLE) || !state_.has(FLAG_LINK_ACTIVE)) {
-        return;
+        return false;
     }
     state_.lastError = text;
     change(on ? FLAG_UNAVAILABLE : 0, FLAG_UNAVAILABLE);
+    return true;
 }
 
 void LinkWatch::receivedAdmin(std::string const& message) {

@@ -32,6 +32,11 @@ FixSendResult SendQueue::send(std::vector<FixOutgoing> messages, std::vector<lon
     return mine.result;
 }
 
+std::size_t SendQueue::waiting() const {
+    std::lock_guard const lock(mutex_);
+    return waiting_.size();
+}
+
 void SendQueue::sendFor(std::vector<Waiting*> const& senders) {
     if (senders.size() == 1) {
         senders.front()->result = send_(senders.front()->messages, senders.front()->ids);

@@ -10,6 +10,7 @@
 #include "server/sessions/FixSession.h"
 
 #include <condition_variable>
+#include <cstddef>
 #include <functional>
 #include <mutex>
 #include <vector>
@@ -27,6 +28,9 @@ public:
     /// The messages stay together and in their order; `ids` gets theirs where they were sent.
     FixSendResult send(std::vector<FixOutgoing> messages, std::vector<long>& ids);
 
+    /// How many threads wait for another one to send for them.
+    std::size_t waiting() const;
+
 private:
     struct Waiting {
         std::vector<FixOutgoing> messages;
@@ -38,7 +42,7 @@ private:
     void sendFor(std::vector<Waiting*> const& senders);
 
     Send const send_;
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
     std::condition_variable done_;
     std::vector<Waiting*> waiting_;
     bool isSending_ = false;

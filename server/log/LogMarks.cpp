@@ -12,6 +12,17 @@ LogMarks::LogMarks(WriteConnection& connection) : connection_(connection) {
     }
 }
 
+std::vector<LogMark> LogMarks::all() const {
+    std::vector<LogMark> marks;
+    std::lock_guard const lock(mutex_);
+    for (auto const& [key, mark] : marks_) {
+        if (mark) {
+            marks.push_back({key.first, static_cast<FixStream>(key.second), *mark});
+        }
+    }
+    return marks;
+}
+
 int LogMarks::mark(std::string const& subscriber, FixStream stream) const {
     std::lock_guard const lock(mutex_);
     auto const found = marks_.find({subscriber, static_cast<int>(stream)});

@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace zan::server {
 
@@ -21,6 +22,9 @@ class LogMarks {
 public:
     /// Reads the marks of the file. The connection has to outlive the marks.
     explicit LogMarks(WriteConnection& connection);
+
+    /// Every mark that there is, by subscriber.
+    std::vector<LogMark> all() const;
 
     /// -1 for none.
     int mark(std::string const& subscriber, FixStream stream) const;

@@ -16,6 +16,10 @@ std::string selectRows(std::string_view rest) {
 
 constexpr std::string_view seenInStream = "(?3<0 OR stream=?3) AND hidden=0 AND length(text)>0";
 
+std::string numberOf(FixOrigin origin) {
+    return std::to_string(static_cast<int>(origin));
+}
+
 std::string orderById(bool newestFirst) {
     return newestFirst ? " ORDER BY id DESC" : " ORDER BY id";
 }
@@ -26,6 +30,17 @@ long LogReader::lastId() {
     Statement& newest = connection_.statement("SELECT id FROM messages ORDER BY id DESC LIMIT 1");
     StatementUse const use(newest);
     return newest.step() ? static_cast<long>(newest.number(0)) : 0;
+}
+
+long LogReader::newestDelivered(FixStream stream) {
+    static std::string const sql = "SELECT id FROM messages WHERE stream=?1 AND hidden=0 AND "
+                                   "origin NOT IN (" +
+                                   numberOf(FixOrigin::inserted) + "," +
+                                   numberOf(FixOrigin::remark) + ") ORDER BY id DESC LIMIT 1";
+    Statement& newest = connection_.statement(sql);
+    StatementUse const use(newest);
+    bool const isThere = newest.bind(1, static_cast<int>(stream)).step();
+    return isThere ? static_cast<long>(newest.number(0)) : 0;
 }
 
 long LogReader::numberingFirst() {

@@ -28,6 +28,9 @@ public:
     /// The newest row, 0 without one.
     long lastId();
 
+    /// The newest message of the stream that listeners get, 0 without one.
+    long newestDelivered(FixStream stream);
+
     /// The first row of the numbering.
     long numberingFirst();
 

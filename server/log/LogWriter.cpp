@@ -1,6 +1,7 @@
 #include "server/log/LogWriter.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace zan::server {
@@ -74,8 +75,11 @@ std::vector<FixEntry> LogWriter::commit(std::function<void(WriteConnection&)> co
     }
     try {
         entries.reserve(rows_.size());
+        auto const began = std::chrono::steady_clock::now();
         write(extra);
+        times_.succeeded(std::chrono::steady_clock::now() - began);
     } catch (...) {
+        times_.failed();
         rollBack();
         throw;
     }
@@ -109,12 +113,12 @@ void LogWriter::addNoteOnNumbers() {
 
 void LogWriter::write(std::function<void(WriteConnection&)> const& extra) {
     if (rows_.size() == 1 && !isNewNumbering() && !extra) {
-        connection_.insertAlone(rows_.front(), times_.text(rows_.front().entry.millis));
+        connection_.insertAlone(rows_.front(), clock_.text(rows_.front().entry.millis));
         return;
     }
     connection_.transact([&](WriteConnection& connection) {
         for (LogRow const& row : rows_) {
-            connection.rows().insert(row, times_.text(row.entry.millis));
+            connection.rows().insert(row, clock_.text(row.entry.millis));
         }
         if (isNewNumbering()) {
             connection.setMeta("numbering_first", open_.numberingFirst);

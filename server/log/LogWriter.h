@@ -1,10 +1,11 @@
 /// The session's side of the log: one transaction at a time, held in memory until it is committed,
 /// and the numbers that belong to it.
 ///
-/// Threads: the one that has the turn; `numbers` and `lastId` any.
+/// Threads: the one that has the turn; `numbers`, `lastId` and `commitFigures` any.
 #ifndef ZANENGINE_SERVER_LOG_LOGWRITER_H
 #define ZANENGINE_SERVER_LOG_LOGWRITER_H
 
+#include "server/log/CommitTimes.h"
 #include "server/log/LogClock.h"
 #include "server/log/WriteConnection.h"
 
@@ -40,6 +41,9 @@ public:
     long openNumberingFirst() const { return open_.numberingFirst; }
     std::vector<LogRow> const& openRows() const { return rows_; }
 
+    /// Any thread.
+    CommitFigures commitFigures() const { return times_.figures(); }
+
 private:
     // What a transaction changes, and what it comes back to when it is rolled back.
     struct State {
@@ -56,7 +60,8 @@ private:
     bool isNewNumbering() const;
 
     WriteConnection& connection_;
-    TimeWriter times_;
+    TimeWriter clock_;
+    CommitTimes times_;
     State committed_;
     State open_;
     std::vector<LogRow> rows_;

@@ -10,8 +10,10 @@
 #include "server/log/WriteConnection.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <limits>
 #include <mutex>
+#include <system_error>
 #include <utility>
 
 namespace zan::server {
@@ -19,9 +21,9 @@ namespace zan::server {
 class MessageLog::Impl {
 public:
     explicit Impl(LogSettings const& settings)
-        : reserve(settings.file + ".reserve"), writing(settings), writer(writing),
+        : file(settings.file), reserve(file + ".reserve"), writing(settings), writer(writing),
           readers(settings), queries(readers), marks(writing),
-          orders(settings.file + ".orders", writing.meta("identity"), writer.lastId()),
+          orders(file + ".orders", writing.meta("identity"), writer.lastId()),
           edits(writing, readers, reserve),
           maintenance({writing, writer, readers, marks, orders, reserve}) {}
 
@@ -34,6 +36,7 @@ public:
         }
     }
 
+    std::string const file;
     std::mutex turn;
     SpaceReserve reserve;
     WriteConnection writing;
@@ -142,6 +145,11 @@ long MessageLog::lastId() const {
     return impl_->writer.lastId();
 }
 
+long MessageLog::newestDelivered(FixStream stream) const {
+    ReadPool::Reader const reader(impl_->readers);
+    return LogReader(*reader).newestDelivered(stream);
+}
+
 long MessageLog::update(int stream, std::string const& assignments, std::string const& where,
                         std::string const& user) {
     return impl_->edits.update(stream, assignments, where, user);
@@ -168,8 +176,26 @@ void MessageLog::resetMarks(std::string const& subscriber) {
     impl_->marks.reset(subscriber);
 }
 
+std::vector<LogMark> MessageLog::marks() const {
+    return impl_->marks.all();
+}
+
 void MessageLog::flushMarks() {
     impl_->marks.flush();
+}
+
+CommitFigures MessageLog::commitFigures() const {
+    return impl_->writer.commitFigures();
+}
+
+// A file that is missing takes no space.
+LogSizes MessageLog::sizes() const {
+    auto const sizeOf = [this](char const* ending) {
+        std::error_code missing;
+        std::uintmax_t const size = std::filesystem::file_size(impl_->file + ending, missing);
+        return missing ? 0 : size;
+    };
+    return {sizeOf("") + sizeOf("-wal"), sizeOf(".orders"), sizeOf(".reserve")};
 }
 
 void MessageLog::maintain() {

@@ -14,6 +14,7 @@
 #ifndef ZANENGINE_SERVER_LOG_MESSAGELOG_H
 #define ZANENGINE_SERVER_LOG_MESSAGELOG_H
 
+#include "server/log/CommitTimes.h"
 #include "server/sessions/FixSessionStore.h"
 
 #include <chrono>
@@ -64,6 +65,20 @@ struct LogQuery {
     std::string orderBy;
     /// Turns the order round.
     bool newestFirst = false;
+};
+
+/// How far a guaranteed listener has come in a stream: the highest id that was consumed.
+struct LogMark {
+    std::string subscriber;
+    FixStream stream = FixStream::adminIn;
+    int id = -1;
+};
+
+/// What the files of a log take on the disk, in bytes.
+struct LogSizes {
+    std::uintmax_t messages = 0; ///< the messages, also those on their way into the file
+    std::uintmax_t orders = 0;   ///< the index of orders
+    std::uintmax_t reserve = 0;  ///< the space that can be given up
 };
 
 using LogTable = std::vector<std::vector<std::string>>;
@@ -118,6 +133,10 @@ public:
     /// The id of the newest entry, 0 when there is none.
     long lastId() const;
 
+    /// The id of the newest message of a stream that listeners get, 0 when there is none. Looks
+    /// through the log from its end, so it takes long where the stream has nothing new.
+    long newestDelivered(FixStream stream) const;
+
     // Edits; `user` goes into the audit. They return how many entries they touched, notes without a
     // message included. Whatever is edited, the session goes on with what was on the wire.
 
@@ -136,7 +155,13 @@ public:
     /// `maintain`.
     void setMark(std::string const& subscriber, FixStream stream, int id);
     void resetMarks(std::string const& subscriber);
+    std::vector<LogMark> marks() const;
     void flushMarks();
+
+    // For operators. Nothing of this waits for the storage.
+
+    CommitFigures commitFigures() const;
+    LogSizes sizes() const;
 
     /// To be called every few hundred milliseconds: what can be done later, such as marks, the
     /// index of orders, the way from the write-ahead log into the file, the reserve of space. It

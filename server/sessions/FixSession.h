@@ -18,6 +18,7 @@
 #include "server/sessions/FixSessionStore.h"
 
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -140,6 +141,9 @@ public:
     virtual void resetNumbers(std::string const& note) = 0;
 
     virtual bool isLoggedOn() const = 0;
+
+    /// How many bytes wait for the counterparty to take them.
+    virtual std::size_t unsentBytes() const = 0;
 
     /// With false the session reads nothing more from the link until it is called with true;
     /// nothing is lost, the counterparty is held back, and heartbeats still go out. Takes effect

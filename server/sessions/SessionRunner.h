@@ -24,6 +24,7 @@ public:
                        std::vector<long>& ids) override;
     void resetNumbers(std::string const& note) override { session_.resetNumbers(note); }
     bool isLoggedOn() const override { return session_.isLoggedOn(); }
+    std::size_t unsentBytes() const override { return link_.backlog(); }
     void setReading(bool on) override;
     int nextSenderNumber() const override { return session_.numbers().nextOut; }
     int nextTargetNumber() const override { return session_.numbers().nextIn; }

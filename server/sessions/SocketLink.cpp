@@ -112,6 +112,11 @@ bool SocketLink::hasBacklog() const {
     return backlog_.size() > backlogBegin_;
 }
 
+std::size_t SocketLink::backlog() const {
+    Lock lock(mutex_);
+    return socket_ < 0 ? 0 : backlog_.size() - backlogBegin_;
+}
+
 bool SocketLink::waitForRoom(std::chrono::milliseconds patience) {
     std::unique_lock<std::mutex> lock(mutex_);
     auto const answer = [this] { return ending() || backlog_.size() - backlogBegin_ <= roomLimit; };

@@ -35,6 +35,8 @@ public:
 
     /// False when the link is closed or about to be.
     bool write(std::string const& bytes);
+    /// How many bytes wait for the counterparty to take them.
+    std::size_t backlog() const;
     /// False when there is no room before `patience` is over, or no link.
     bool waitForRoom(std::chrono::milliseconds patience);
     /// Ends the link soon: the session's thread wakes up and finds it ending.

@@ -24,6 +24,7 @@ void EmbeddedEngineAdapter::initialize() {
         throw WrongConfigurationException(
             "engine.config: is missing; the path of a session file, or demo, would be right");
     }
+    std::unique_ptr<server::MetricsEndpoint> metrics = openMetrics();
     std::shared_ptr<server::Engine> engine;
     try {
         engine = start(config);
@@ -33,12 +34,25 @@ void EmbeddedEngineAdapter::initialize() {
         throw ZANEngineException("embedded engine " + config + ": " + e.what());
     }
     guaranteedListeners_.serve(engine, getConfigProvider().getProperty("engine.client", ""));
+    if (metrics) {
+        metrics->serve(engine);
+        engine->diagnostics().tell(DiagnosticLevel::Info, "metrics", [&] {
+            return "http://" + metrics->address() + "/metrics and /healthz are served";
+        });
+    }
     {
         std::lock_guard const lock(engineMutex_);
         engine_ = std::move(engine);
+        metrics_ = std::move(metrics);
     }
     RunningAdapters::instance().add(this);
     isRegistered_ = true;
+}
+
+std::unique_ptr<server::MetricsEndpoint> EmbeddedEngineAdapter::openMetrics() const {
+    std::string const property = "engine.metrics";
+    std::string const address = getConfigProvider().getProperty(property, "");
+    return address.empty() ? nullptr : std::make_unique<server::MetricsEndpoint>(property, address);
 }
 
 // At the end of the program the register may be gone before the last adapter.
@@ -60,14 +74,17 @@ std::shared_ptr<server::Engine> EmbeddedEngineAdapter::start(std::string const& 
 
 void EmbeddedEngineAdapter::uninitialize() {
     std::shared_ptr<server::Engine> engine;
+    std::unique_ptr<server::MetricsEndpoint> metrics;
     {
         std::lock_guard const lock(engineMutex_);
         engine = std::exchange(engine_, nullptr);
+        metrics = std::move(metrics_);
     }
     if (!engine) {
         return;
     }
     forget();
+    metrics.reset();
     engine->stop();
     engine.reset();
     demo_.reset();
@@ -142,7 +159,9 @@ counted_ptr<ZANConnectionState> EmbeddedEngineAdapter::getConnectionState(Ticket
 }
 
 std::string EmbeddedEngineAdapter::getConnectionProperties(Ticket, Name connection) {
-    return at(connection)->properties();
+    std::string const properties = at(connection)->properties();
+    std::lock_guard const lock(engineMutex_);
+    return metrics_ ? properties + "Metrics=" + metrics_->address() + "\n" : properties;
 }
 
 std::int64_t EmbeddedEngineAdapter::getMillisTime(Ticket) {

@@ -8,6 +8,7 @@
 #include "adapter/ZANEngineAdapterBase.h"
 #include "server/engine/Engine.h"
 #include "server/engine/GuaranteedAdapters.h"
+#include "server/metrics/MetricsEndpoint.h"
 #include "transports/embedded/DemoCounterparty.h"
 
 #include <memory>
@@ -17,10 +18,12 @@
 
 namespace zan::embedded {
 
-/// Reads two properties of its provider: `engine.config`, the path of the session file, or `demo`
+/// Reads these properties of its provider: `engine.config`, the path of the session file, or `demo`
 /// for an engine with a counterparty of its own; `engine.data`, the folder for the engine's data
 /// (default: the session file's name with `.data` behind it); `engine.client`, the name under which
-/// the marks of guaranteed listeners are kept (default: the user of the ticket that attaches one).
+/// the marks of guaranteed listeners are kept (default: the user of the ticket that attaches one);
+/// `engine.metrics`, the port or `<address>:<port>` where `/metrics` and `/healthz` are served
+/// (default: nowhere).
 ///
 /// After `uninitialize` every operation throws `ZANEngineException`.
 class EmbeddedEngineAdapter final : public ZANEngineAdapterBase {
@@ -101,6 +104,7 @@ public:
 private:
     std::shared_ptr<server::Engine> start(std::string const& config);
     void forget();
+    std::unique_ptr<server::MetricsEndpoint> openMetrics() const;
     void report(counted_ptr<ZANEvent> const& event);
     std::shared_ptr<server::Engine> engine() const;
 
@@ -116,6 +120,7 @@ private:
     std::unique_ptr<DemoCounterparty> demo_;
     mutable std::mutex engineMutex_;
     std::shared_ptr<server::Engine> engine_;
+    std::unique_ptr<server::MetricsEndpoint> metrics_;
     bool isRegistered_ = false;
 };
 

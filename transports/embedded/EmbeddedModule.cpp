@@ -8,7 +8,8 @@ namespace zan::embedded {
 
 namespace {
 
-// `embedded:<file>?data=<folder>&client=<name>` as the properties that the adapter reads.
+// `embedded:<file>?data=<folder>&client=<name>&metrics=<port>` as the properties that the adapter
+// reads.
 class UrlProperties final : public IZANEngineConfigProvider {
 public:
     explicit UrlProperties(Url const& url) : url_(url) {
@@ -24,10 +25,12 @@ public:
         if (name == "engine.config") {
             return url_.getPath();
         }
-        if (name == "engine.client") {
-            return url_.getParameter("client", defaultValue);
+        for (char const* const parameter : {"client", "data", "metrics"}) {
+            if (name == std::string("engine.") + parameter) {
+                return url_.getParameter(parameter, defaultValue);
+            }
         }
-        return name == "engine.data" ? url_.getParameter("data", defaultValue) : defaultValue;
+        return defaultValue;
     }
 
 private:
@@ -54,7 +57,7 @@ counted_ptr<IZANEngineAdapter> createFromUrl(Url const& url) {
 ZAN_ADAPTER_MODULE(embedded, zan::embedded::createFromUrl);
 
 /// A factory for applications that configure the engine by a provider with the properties
-/// `engine.config`, `engine.data` and `engine.client`.
+/// `engine.config`, `engine.data`, `engine.client` and `engine.metrics`.
 ZAN_ALLOW_CLASS_RESULT_BEGIN
 extern "C" ZAN_API counted_ptr<IZANEngineAdapterFactory> create_embedded_engineadapterfactory() {
     return counted_ptr<IZANEngineAdapterFactory>(new zan::embedded::EmbeddedEngineAdapterFactory);

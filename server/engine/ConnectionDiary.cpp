@@ -1,0 +1,175 @@
+#include "server/engine/ConnectionDiary.h"
+
+#include "server/engine/EngineErrors.h"
+#include "server/wire/FieldText.h"
+
+#include <array>
+
+namespace zan::server {
+
+namespace {
+
+constexpr char const* session = "session";
+constexpr char const* storage = "log";
+constexpr char const* delivery = "delivery";
+
+std::string fieldOf(FixEntry const& entry, int tag) {
+    return std::string(valueOf(entry.text, tag));
+}
+
+// `: <text>`, or nothing.
+std::string reasonOf(std::string const& text) {
+    return text.empty() ? text : ": " + text;
+}
+
+std::string rangeOf(FixEntry const& resendRequest) {
+    std::string const end = fieldOf(resendRequest, 16);
+    return fieldOf(resendRequest, 7) + (end == "0" ? " and all after it" : " to " + end);
+}
+
+std::string rejectOf(FixEntry const& reject) {
+    std::string const tag = fieldOf(reject, 371);
+    return "message " + fieldOf(reject, 45) + (tag.empty() ? "" : ", tag " + tag) +
+           reasonOf(fieldOf(reject, 58));
+}
+
+std::string resendAsked(FixEntry const& request) {
+    return "the counterparty asks for our messages " + rangeOf(request) + " again";
+}
+
+std::string gapFound(FixEntry const& request) {
+    return "a gap: the counterparty is asked for its messages " + rangeOf(request) + " again";
+}
+
+std::string rejectReceived(FixEntry const& reject) {
+    return "the counterparty rejects our " + rejectOf(reject);
+}
+
+std::string rejectSent(FixEntry const& reject) {
+    return "the counterparty gets a reject for its " + rejectOf(reject);
+}
+
+std::string logoutReceived(FixEntry const& logout) {
+    return "the counterparty logs out" + reasonOf(fieldOf(logout, 58));
+}
+
+std::string logoutSent(FixEntry const& logout) {
+    return "logs out" + reasonOf(fieldOf(logout, 58));
+}
+
+// The messages that are worth a line.
+struct Notable {
+    char const* type;
+    bool isIn;
+    DiagnosticLevel level;
+    std::string (*text)(FixEntry const& entry);
+};
+
+constexpr std::array notable = {
+    Notable{"2", true, DiagnosticLevel::Warning, resendAsked},
+    Notable{"2", false, DiagnosticLevel::Warning, gapFound},
+    Notable{"3", true, DiagnosticLevel::Warning, rejectReceived},
+    Notable{"3", false, DiagnosticLevel::Warning, rejectSent},
+    Notable{"j", true, DiagnosticLevel::Warning, rejectReceived},
+    Notable{"j", false, DiagnosticLevel::Warning, rejectSent},
+    Notable{"5", true, DiagnosticLevel::Info, logoutReceived},
+    Notable{"5", false, DiagnosticLevel::Info, logoutSent},
+};
+
+bool isIn(FixStream stream) {
+    return stream == FixStream::adminIn || stream == FixStream::appIn;
+}
+
+} // namespace
+
+template <class Text>
+void ConnectionDiary::tell(DiagnosticLevel level, char const* category, Text const& text) {
+    queue_.tell(level, category, [&] { return "connection " + connection_ + ": " + text(); });
+}
+
+void ConnectionDiary::connecting(std::string const& address) {
+    tell(DiagnosticLevel::Info, session, [&] { return "connects to " + address; });
+}
+
+void ConnectionDiary::notConnected(std::string const& reason) {
+    tell(DiagnosticLevel::Warning, session, [&] { return "is not connected: " + reason; });
+}
+
+void ConnectionDiary::disconnecting(std::string const& reason) {
+    tell(DiagnosticLevel::Info, session, [&] { return "disconnects" + reasonOf(reason); });
+}
+
+void ConnectionDiary::linkUp(LinkState const& state) {
+    tell(DiagnosticLevel::Info, session,
+         [&] { return "the link is up, from " + state.local + " to " + state.remote; });
+}
+
+void ConnectionDiary::linkDown(LinkState const& state) {
+    bool const isOrderly = state.has(FLAG_LOGGED_OUT) || state.lastError.empty();
+    tell(isOrderly ? DiagnosticLevel::Info : DiagnosticLevel::Warning, session,
+         [&] { return isOrderly ? "the link is closed" : "the link is lost: " + state.lastError; });
+}
+
+void ConnectionDiary::loggedOn(FixNumbers numbers) {
+    tell(DiagnosticLevel::Info, session, [&] {
+        return "is logged on; the next numbers are " + std::to_string(numbers.nextOut) +
+               " out and " + std::to_string(numbers.nextIn) + " in";
+    });
+}
+
+void ConnectionDiary::loggedOff() {
+    tell(DiagnosticLevel::Info, session, [] { return std::string("is logged off"); });
+}
+
+void ConnectionDiary::trouble(FixTrouble kind, std::string const& text) {
+    if (kind == FixTrouble::storage) {
+        tell(DiagnosticLevel::Error, storage, [&] { return "nothing can be stored: " + text; });
+    } else {
+        tell(DiagnosticLevel::Warning, session, [&] { return text; });
+    }
+}
+
+void ConnectionDiary::storageWorksAgain() {
+    tell(DiagnosticLevel::Info, storage, [] { return std::string("messages are stored again"); });
+}
+
+void ConnectionDiary::counterpartyReads(bool on) {
+    tell(on ? DiagnosticLevel::Info : DiagnosticLevel::Warning, session, [on] {
+        return std::string(on ? "the counterparty reads again" : "the counterparty does not read");
+    });
+}
+
+void ConnectionDiary::logged(std::vector<FixEntry> const& entries) {
+    if (!isDiagnosing(DiagnosticLevel::Warning)) {
+        return;
+    }
+    for (FixEntry const& entry : entries) {
+        logged(entry);
+    }
+}
+
+void ConnectionDiary::logged(FixEntry const& entry) {
+    if (entry.origin == FixOrigin::wire) {
+        loggedMessage(entry);
+    } else if (entry.origin == FixOrigin::remark) {
+        bool const isNote = entry.text.empty();
+        tell(isNote ? DiagnosticLevel::Info : DiagnosticLevel::Warning, session,
+             [&] { return isNote ? entry.note : "a message is " + entry.note; });
+    }
+}
+
+void ConnectionDiary::loggedMessage(FixEntry const& entry) {
+    std::string_view const type = valueOf(entry.text, 35);
+    for (Notable const& each : notable) {
+        if (type == each.type && isIn(entry.stream) == each.isIn) {
+            tell(each.level, session, [&] { return each.text(entry); });
+        }
+    }
+}
+
+void ConnectionDiary::listenerTrouble(std::string const& text) {
+    report(connection_, text);
+    tell(DiagnosticLevel::Warning, delivery, [&] { return text; });
+}
+
+} // namespace zan::server

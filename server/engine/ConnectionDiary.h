@@ -1,0 +1,56 @@
+/// Tells operators, in plain words, what happens to one connection.
+///
+/// Threads: any, also under the locks of a session.
+#ifndef ZANENGINE_SERVER_ENGINE_CONNECTIONDIARY_H
+#define ZANENGINE_SERVER_ENGINE_CONNECTIONDIARY_H
+
+#include "server/engine/DiagnosticQueue.h"
+#include "server/engine/LinkState.h"
+#include "server/engine/LinkWatch.h"
+#include "server/sessions/FixSession.h"
+
+#include <string>
+#include <vector>
+
+namespace zan::server {
+
+class ConnectionDiary {
+public:
+    ConnectionDiary(std::string const& connection, DiagnosticQueue& queue)
+        : connection_(connection), queue_(queue) {}
+
+    // What the application does.
+
+    void connecting(std::string const& address);
+    void notConnected(std::string const& reason);
+    void disconnecting(std::string const& reason);
+
+    // What becomes of the link and the session. A state is the one that came of it.
+
+    void linkUp(LinkState const& state);
+    void linkDown(LinkState const& state);
+    void loggedOn(FixNumbers numbers);
+    void loggedOff();
+    void trouble(FixTrouble kind, std::string const& text);
+    void storageWorksAgain();
+    void counterpartyReads(bool on);
+
+    /// What was committed: gaps, resend requests, rejects, logouts, and what was refused.
+    void logged(std::vector<FixEntry> const& entries);
+
+    /// What a listener did, or did not do. Also goes to standard output, in one line.
+    void listenerTrouble(std::string const& text);
+
+private:
+    void logged(FixEntry const& entry);
+    void loggedMessage(FixEntry const& entry);
+    template <class Text>
+    void tell(DiagnosticLevel level, char const* category, Text const& text);
+
+    std::string const connection_;
+    DiagnosticQueue& queue_;
+};
+
+} // namespace zan::server
+
+#endif
