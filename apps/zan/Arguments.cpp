@@ -1,0 +1,89 @@
+#include "apps/zan/Arguments.h"
+
+#include "apps/zan/ExitCodes.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <string>
+
+namespace zan::cli {
+
+namespace {
+
+constexpr char const* about =
+    "Works with a messaging engine from the command line: connections, messages, the message log.";
+
+std::string exitCodesText() {
+    std::string text = "Exit codes:\n";
+    for (ExitMeaning const& each : exitMeanings()) {
+        std::string const code = std::to_string(static_cast<int>(each.code));
+        text += "  " + code + std::string(5 - code.size(), ' ') + each.meaning + "\n";
+    }
+    return text;
+}
+
+constexpr char const* advice =
+    "An engine is named by its URL. With embedded: the engine lives in this program: it has the "
+    "data\n"
+    "folder for itself, and its connections are logged out when the command ends.\n"
+    "zan COMMAND --help explains a command.\n\n";
+
+} // namespace
+
+Arguments::Arguments() : program_(std::make_unique<CLI::App>(about, "zan")) {
+    program_->footer(advice + exitCodesText());
+    program_->require_subcommand(1);
+    program_->fallthrough();
+    addGlobalOptions();
+    addConnectionCommands(commands_);
+    addSendingCommands(commands_);
+    addLogCommands(commands_);
+    addTailCommand(commands_);
+    addEditingCommands(commands_);
+    addMarksCommand(commands_);
+    addDecodeCommand(commands_);
+    addShellCommands(commands_);
+    for (std::unique_ptr<Command> const& command : commands_) {
+        command->addTo(*program_);
+    }
+}
+
+Arguments::~Arguments() = default;
+
+void Arguments::addGlobalOptions() {
+    Options(*program_)
+        .text(options_.url, "--url", "URL", "the engine, such as embedded:sessions.cfg (ZAN_URL)")
+        .text(options_.user, "--user", textKind, "who asks (ZAN_USER; the login name)")
+        .text(options_.secret, "--secret", textKind,
+              "the secret of the ticket; better in ZAN_SECRET or the config file")
+        .text(options_.config, "--config", fileKind,
+              "the file with url, user and secret ($XDG_CONFIG_HOME/zan/config)")
+        .text(options_.dictionary, "--dictionary", fileKind,
+              "names and groups, in QuickFIX's XML format")
+        .choice(options_.color, "--color", "auto|always|never", "colours: auto, always or never")
+        .flag(options_.isJson, "--json", "one object of JSON a line")
+        .flag(options_.isRaw, "--raw",
+              "the bytes of the messages alone, a message a line; on a terminal with | for SOH")
+        .excludes("--json");
+}
+
+std::optional<ExitCode> Arguments::parse(int argc, char const* const* argv, std::ostream& out,
+                                         std::ostream& errors) {
+    try {
+        program_->parse(argc, argv);
+        return std::nullopt;
+    } catch (CLI::Success const& asked) {
+        program_->exit(asked, out, errors);
+        return ExitCode::Ok;
+    } catch (CLI::ParseError const& wrong) {
+        errors << "zan: " << wrong.what() << "; zan --help explains" << std::endl;
+        return ExitCode::Usage;
+    }
+}
+
+Command& Arguments::chosen() const {
+    return **std::ranges::find_if(commands_, [](auto const& each) { return each->isChosen(); });
+}
+
+} // namespace zan::cli

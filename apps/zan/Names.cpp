@@ -1,0 +1,63 @@
+#include "apps/zan/Names.h"
+
+#include "infra/WrongConfigurationException.h"
+#include "server/dictionaries/Dictionaries.h"
+
+#include <charconv>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <utility>
+
+namespace zan::cli {
+
+namespace {
+
+std::string textOf(std::string const& file) {
+    std::ifstream input(file);
+    if (!input) {
+        throw WrongConfigurationException(file + ": cannot be read; a dictionary in QuickFIX's XML "
+                                                 "format would be right");
+    }
+    return {std::istreambuf_iterator<char>(input), std::istreambuf_iterator<char>()};
+}
+
+std::unique_ptr<Dictionary> parse(std::string const& xml, std::string const& name) {
+    try {
+        return std::make_unique<Dictionary>(
+            Dictionary{server::FieldNames(xml, name), server::parseGroups(xml, name)});
+    } catch (std::runtime_error const& failure) {
+        throw WrongConfigurationException(failure.what());
+    }
+}
+
+} // namespace
+
+Names::Names(std::string dictionaryFile) : file_(std::move(dictionaryFile)) {}
+
+Dictionary const& Names::of(std::string_view beginString) {
+    // The built-in dictionaries are two; what they are told apart by is their text.
+    std::string const key =
+        !file_.empty() ? file_ : std::to_string(server::dictionaryFor(beginString).size());
+    std::unique_ptr<Dictionary>& dictionary = dictionaries_[key];
+    if (!dictionary) {
+        dictionary = file_.empty() ? parse(std::string(server::dictionaryFor(beginString)),
+                                           std::string(beginString))
+                                   : parse(textOf(file_), file_);
+    }
+    return *dictionary;
+}
+
+std::string Names::typeName(std::string_view type, std::string_view beginString) {
+    std::string_view const name = of(beginString).names.ofMessage(type);
+    return std::string(name.empty() ? type : name);
+}
+
+int Names::tagOf(std::string const& numberOrName) {
+    int tag = 0;
+    char const* const end = numberOrName.data() + numberOrName.size();
+    auto const [stop, error] = std::from_chars(numberOrName.data(), end, tag);
+    return error == std::errc() && stop == end && tag > 0 ? tag : of({}).names.tagOf(numberOrName);
+}
+
+} // namespace zan::cli

@@ -1,0 +1,33 @@
+/// How a command prints entries of the log, as its options say.
+///
+/// Threads: one at a time.
+#ifndef ZANENGINE_APPS_ZAN_SHOWNMESSAGES_H
+#define ZANENGINE_APPS_ZAN_SHOWNMESSAGES_H
+
+#include "apps/zan/Command.h"
+#include "apps/zan/MessageRow.h"
+
+#include <string>
+#include <vector>
+
+namespace zan::cli {
+
+class ShownMessages {
+public:
+    /// Adds the options; this object must live as long as the command.
+    void addTo(Options& options);
+
+    /// To be called before anything is printed; throws `UsageError` for columns that nobody knows.
+    void begin(Context& context);
+
+    void print(MessageRow const& row, Context& context) const;
+
+private:
+    std::string list_;
+    bool isDecoded_ = false;
+    std::vector<std::string> columns_;
+};
+
+} // namespace zan::cli
+
+#endif

@@ -1,0 +1,90 @@
+#include "apps/zan/Table.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace zan::cli {
+
+namespace {
+
+constexpr std::size_t rowsKept = 500;
+constexpr std::size_t gap = 2;
+// What the last column gets at least, when others can give something up for it.
+constexpr std::size_t leastLast = 12;
+constexpr std::size_t least = 4;
+
+} // namespace
+
+Table::Table(std::vector<std::string> titles, std::optional<std::size_t> width, bool isColored)
+    : titles_(std::move(titles)), width_(width), isColored_(isColored) {
+    std::ranges::transform(titles_, std::back_inserter(wanted_), widthOf);
+}
+
+void Table::add(std::ostream& out, std::vector<TableCell> row) {
+    rows_.push_back(std::move(row));
+    if (rows_.size() == rowsKept) {
+        flush(out);
+    }
+}
+
+void Table::flush(std::ostream& out) {
+    if (rows_.empty()) {
+        return;
+    }
+    measure();
+    if (!std::exchange(hasBegun_, true)) {
+        std::vector<TableCell> titles;
+        std::ranges::transform(titles_, std::back_inserter(titles), [](std::string const& title) {
+            return TableCell{title, false, Tone::Heading};
+        });
+        out << line(titles) << '\n';
+    }
+    for (std::vector<TableCell> const& row : std::exchange(rows_, {})) {
+        out << line(row) << '\n';
+    }
+}
+
+// Columns never become narrower: what stands on the terminal already stays in line.
+void Table::measure() {
+    for (std::vector<TableCell> const& row : rows_) {
+        for (std::size_t column = 0; column < wanted_.size(); ++column) {
+            wanted_[column] = std::max(wanted_[column], widthOf(row[column].text));
+        }
+    }
+    widths_ = wanted_;
+    if (width_) {
+        fit(*width_);
+    }
+}
+
+void Table::fit(std::size_t width) {
+    std::size_t const gaps = gap * (widths_.size() - 1);
+    auto const others = [&] { return std::reduce(widths_.begin(), widths_.end() - 1) + gaps; };
+    std::size_t& last = widths_.back();
+    std::size_t const needed = std::min(last, leastLast);
+    while (others() + needed > width) {
+        auto const widest = std::max_element(widths_.begin(), widths_.end() - 1);
+        if (widest == widths_.end() - 1 || *widest <= least) {
+            break;
+        }
+        --*widest;
+    }
+    last = std::max(least, width - std::min(width, others()));
+}
+
+std::string Table::line(std::vector<TableCell> const& row) const {
+    std::string text;
+    for (std::size_t column = 0; column < row.size(); ++column) {
+        TableCell const& cell = row[column];
+        bool const isLast = column + 1 == row.size();
+        std::string const shown = cut(cell.text, widths_[column]);
+        std::string const colored = toned(shown, cell.tone, isColored_);
+        std::string const room(isLast ? 0 : widths_[column] - widthOf(shown), ' ');
+        text += cell.isNumber ? room + colored : colored + room;
+        text += isLast ? "" : std::string(gap, ' ');
+    }
+    return text;
+}
+
+} // namespace zan::cli

@@ -1,0 +1,41 @@
+/// What the standard streams are connected to, and how text is made fit for it.
+///
+/// Threads: functions without shared state.
+#ifndef ZANENGINE_APPS_ZAN_TERMINAL_H
+#define ZANENGINE_APPS_ZAN_TERMINAL_H
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zan::cli {
+
+/// Whether this descriptor is a terminal.
+bool isTerminal(int descriptor);
+
+/// How many columns the terminal at this descriptor has; nothing when it is no terminal.
+std::optional<std::size_t> terminalWidth(int descriptor);
+
+/// What the setting `auto`, `always` or `never` means for this descriptor. `auto`: on a terminal,
+/// unless the environment has a NO_COLOR that is not empty or the terminal is `dumb`.
+bool wantsColor(std::string const& setting, int descriptor);
+
+/// Bytes of a message as text that can do no harm to a terminal: SOH is `|`, other control
+/// characters and bytes that are no UTF-8 are `\x` and two digits.
+std::string printable(std::string_view bytes);
+
+/// How many characters of UTF-8 a text has.
+std::size_t widthOf(std::string_view text);
+
+/// The text, with an ellipsis in place of what goes beyond `width` characters.
+std::string cut(std::string_view text, std::size_t width);
+
+/// How a piece of text stands out where there are colours.
+enum class Tone { Plain, Heading, Good, Bad, Quiet };
+
+std::string toned(std::string const& text, Tone tone, bool isColored);
+
+} // namespace zan::cli
+
+#endif
