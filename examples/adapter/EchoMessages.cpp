@@ -12,6 +12,12 @@ namespace {
         "kestrow.moravane.message.ZANInvalidMessageException", reason);
 }
 
+void demandType(ZANFieldGroup const& body) {
+    if (!body.isFieldPresent(35)) {
+        refuse("the message has no type (tag 35)");
+    }
+}
+
 void addField(ZANFieldGroup& body, std::string const& field) {
     std::size_t const equals = field.find('=');
     int tag = 0;
@@ -29,6 +35,7 @@ counted_ptr<ZANFieldGroup> copyOfBody(counted_ptr<ZANMessage> const& message) {
     if (!message || !message->getFieldGroup()) {
         refuse("the message has no body");
     }
+    demandType(*message->getFieldGroup());
     return counted_ptr<ZANFieldGroup>(new ZANFieldGroup(*message->getFieldGroup()));
 }
 
@@ -39,8 +46,6 @@ counted_ptr<ZANFieldGroup> readBody(std::string const& text) {
         addField(*body, text.substr(begin, end - begin));
         begin = end + 1;
     }
-    if (!body->isFieldPresent(35)) {
-        refuse("the message has no type (tag 35)");
-    }
+    demandType(*body);
     return body;
 }

@@ -6,7 +6,7 @@
 
 #include <string>
 
-/// A deep copy of the message's body. A `ZANInvalidMessageException` when it has none.
+/// A deep copy of the message's body. A `ZANInvalidMessageException` when it has none, or no type.
 counted_ptr<ZANFieldGroup> copyOfBody(counted_ptr<ZANMessage> const& message);
 
 /// Reads fields `tag=value`, separated by SOH or by `|`. A `ZANInvalidMessageException` for any

@@ -1,5 +1,5 @@
 #include "adapter/AdapterModule.h"
-#include "support/RecordingAdapter.h"
+#include "conformance/RecordingAdapter.h"
 
 #include <gtest/gtest.h>
 
@@ -7,6 +7,8 @@
 #include <string>
 
 namespace {
+
+using zan::conformance::RecordingAdapter;
 
 counted_ptr<IZANEngineAdapter> makeAdapter(Url const& url) {
     if (url.getPath() == "broken") {

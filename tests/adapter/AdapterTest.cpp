@@ -1,10 +1,10 @@
 #include "adapter/ZANEngineAdapterBase.h"
+#include "conformance/EmptyConfigProvider.h"
+#include "conformance/RecordingAdapter.h"
 #include "errors/ZANEngineException.h"
 #include "events/ZANAppMessageEvent.h"
 #include "events/ZANEngineDefs.h"
 #include "infra/WrongConfigurationException.h"
-#include "support/EmptyConfigProvider.h"
-#include "support/RecordingAdapter.h"
 #include "support/RecordingListener.h"
 #include "support/RunningEngine.h"
 
@@ -15,6 +15,8 @@
 #include <type_traits>
 
 namespace {
+
+using zan::conformance::EmptyConfigProvider;
 
 using Provider = counted_ptr<IZANEngineConfigProvider>;
 

@@ -1,6 +1,5 @@
 #include "conversations/Application.h"
 
-#include "conversations/FixText.h"
 #include "conversations/Script.h"
 #include "engine/ZANEngineProxy.h"
 #include "infra/Time.h"

@@ -2,15 +2,18 @@
 #ifndef ZANENGINE_TESTS_CONVERSATIONS_APPLICATION_H
 #define ZANENGINE_TESTS_CONVERSATIONS_APPLICATION_H
 
+#include "conformance/EventRecorder.h"
 #include "infra/UserTicket.h"
 #include "infra/counted_ptr.h"
-#include "support/EventRecorder.h"
 
 #include <future>
 #include <string>
 #include <vector>
 
 namespace conversations {
+
+using zan::conformance::EventRecorder;
+using zan::conformance::SeenEvent;
 
 /// An engine with one connection, `C`. It ends with this object.
 ///

@@ -3,10 +3,8 @@
 #define ZANENGINE_TESTS_CONVERSATIONS_CONVERSATION_H
 
 #include "conversations/Application.h"
-#include "conversations/FixText.h"
 #include "conversations/LogCheck.h"
 #include "conversations/Script.h"
-#include "conversations/ScriptedPeer.h"
 
 #include <functional>
 #include <map>

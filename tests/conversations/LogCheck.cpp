@@ -1,6 +1,6 @@
 #include "conversations/LogCheck.h"
 
-#include "conversations/FixText.h"
+#include "conversations/Script.h"
 
 #include <algorithm>
 #include <utility>

@@ -4,13 +4,6 @@
 
 namespace conversations {
 
-std::string takeWord(std::string& text, char separator) {
-    std::size_t const end = text.find(separator);
-    std::string word = text.substr(0, end);
-    text.erase(0, end == std::string::npos ? end : end + 1);
-    return word;
-}
-
 Script readScript(std::string const& path) {
     std::ifstream file(path);
     if (!file) {

@@ -2,18 +2,27 @@
 #ifndef ZANENGINE_TESTS_CONVERSATIONS_SCRIPT_H
 #define ZANENGINE_TESTS_CONVERSATIONS_SCRIPT_H
 
+#include "conformance/FixText.h"
+#include "conformance/ScriptedPeer.h"
+
 #include <map>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace conversations {
 
-/// What was expected and did not come.
-class Unexpected : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
+using zan::conformance::composed;
+using zan::conformance::expanded;
+using zan::conformance::Identity;
+using zan::conformance::isAdmin;
+using zan::conformance::mismatch;
+using zan::conformance::readable;
+using zan::conformance::ScriptedPeer;
+using zan::conformance::splitFields;
+using zan::conformance::takeWord;
+using zan::conformance::Unexpected;
+using zan::conformance::valueOf;
+using zan::conformance::wired;
 
 struct Step {
     int line = 0;
@@ -29,9 +38,6 @@ struct Script {
 
 /// Throws std::runtime_error for a file that cannot be read.
 Script readScript(std::string const& path);
-
-/// What stands before the first separator, which is taken away with it; all where there is none.
-std::string takeWord(std::string& text, char separator = ' ');
 
 } // namespace conversations
 

@@ -1,7 +1,7 @@
 #include "engine/ZANEngineProxy.h"
 
+#include "conformance/CallText.h"
 #include "errors/ZANNotConnectedException.h"
-#include "support/CallText.h"
 #include "support/RecordingListener.h"
 #include "support/RunningEngine.h"
 
@@ -14,6 +14,8 @@
 #include <vector>
 
 namespace {
+
+using zan::conformance::callText;
 
 using Messages = std::vector<counted_ptr<ZANMessage>>;
 using Table = std::vector<std::vector<std::string>>;

@@ -1,9 +1,9 @@
 // Our side and another FIX implementation, in both roles: jspurefix in a process of its own.
+#include "conformance/EventRecorder.h"
 #include "engine/ZANEngineProxy.h"
 #include "events/ZANEngineDefs.h"
 #include "infra/Url.h"
 #include "support/ChildProcess.h"
-#include "support/EventRecorder.h"
 
 #include <gtest/gtest.h>
 
@@ -19,6 +19,9 @@
 #include <sys/socket.h>
 
 namespace {
+
+using zan::conformance::EventRecorder;
+using zan::conformance::SeenEvent;
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;

@@ -1,13 +1,15 @@
 #ifndef ZANENGINE_TESTS_SUPPORT_RECORDINGGML_H
 #define ZANENGINE_TESTS_SUPPORT_RECORDINGGML_H
 
+#include "conformance/CallText.h"
 #include "guaranteed/ZANGMLAdapter.h"
 #include "guaranteed/ZANGMLAdapterFactory.h"
-#include "support/CallText.h"
 
 #include <functional>
 #include <string>
 #include <vector>
+
+using zan::conformance::callText;
 
 /// The transport's side of a guaranteed listener: writes down its calls as `callText` shows them.
 class RecordingGMLAdapter : public ZANGMLAdapter {

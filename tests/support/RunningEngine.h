@@ -1,10 +1,13 @@
 #ifndef ZANENGINE_TESTS_SUPPORT_RUNNINGENGINE_H
 #define ZANENGINE_TESTS_SUPPORT_RUNNINGENGINE_H
 
+#include "conformance/EmptyConfigProvider.h"
+#include "conformance/RecordingAdapter.h"
 #include "engine/ZANEngineProxy.h"
-#include "support/EmptyConfigProvider.h"
-#include "support/RecordingAdapter.h"
 #include "support/TestFactory.h"
+
+using zan::conformance::emptyConfigProvider;
+using zan::conformance::RecordingAdapter;
 
 /// The facade, initialized with a `RecordingAdapter` for as long as this object lives. The calls of
 /// the start are forgotten, so that a test sees its own only.

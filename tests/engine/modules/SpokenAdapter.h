@@ -1,14 +1,16 @@
 #ifndef ZANENGINE_TESTS_ENGINE_MODULES_SPOKENADAPTER_H
 #define ZANENGINE_TESTS_ENGINE_MODULES_SPOKENADAPTER_H
 
+#include "conformance/RecordingAdapter.h"
 #include "engine/ZANEngineProxy.h"
 #include "errors/ZANEngineRemoteException.h"
 #include "errors/ZANNotConnectedException.h"
 #include "events/ZANAppMessageEvent.h"
-#include "support/RecordingAdapter.h"
 
 #include <cstdint>
 #include <stdexcept>
+
+using zan::conformance::RecordingAdapter;
 
 /// An exception that only the module knows by name.
 class ModuleException : public ZANNotConnectedException {

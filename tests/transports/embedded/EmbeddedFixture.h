@@ -3,11 +3,11 @@
 #ifndef ZANENGINE_TESTS_TRANSPORTS_EMBEDDED_EMBEDDEDFIXTURE_H
 #define ZANENGINE_TESTS_TRANSPORTS_EMBEDDED_EMBEDDEDFIXTURE_H
 
+#include "conformance/EventRecorder.h"
 #include "engine/ZANEngineProxy.h"
 #include "events/ZANEngineDefs.h"
 #include "infra/Url.h"
 #include "support/ChildProcess.h"
-#include "support/EventRecorder.h"
 
 #include <gtest/gtest.h>
 
@@ -20,6 +20,9 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+using zan::conformance::EventRecorder;
+using zan::conformance::SeenEvent;
 
 /// The text of the exception of class `Failure` that `call` throws.
 template <class Failure, class Call>

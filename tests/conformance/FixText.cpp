@@ -1,6 +1,4 @@
-#include "conversations/FixText.h"
-
-#include "conversations/Script.h"
+#include "conformance/FixText.h"
 
 #include <algorithm>
 #include <array>
@@ -9,7 +7,7 @@
 #include <ctime>
 #include <map>
 
-namespace conversations {
+namespace zan::conformance {
 
 namespace {
 
@@ -62,6 +60,13 @@ std::string field(std::map<std::string, std::string> const& header, std::string 
 }
 
 } // namespace
+
+std::string takeWord(std::string& text, char separator) {
+    std::size_t const end = text.find(separator);
+    std::string word = text.substr(0, end);
+    text.erase(0, end == std::string::npos ? end : end + 1);
+    return word;
+}
 
 std::string readable(std::string text) {
     std::ranges::replace(text, soh, '|');
@@ -186,4 +191,4 @@ unsigned checkSum(std::string const& bytes) {
     return sum % 256;
 }
 
-} // namespace conversations
+} // namespace zan::conformance

@@ -1,6 +1,6 @@
 /// A listener that keeps what it gets as plain values, which any thread may look at.
-#ifndef ZANENGINE_TESTS_SUPPORT_EVENTRECORDER_H
-#define ZANENGINE_TESTS_SUPPORT_EVENTRECORDER_H
+#ifndef ZANENGINE_CONFORMANCE_EVENTRECORDER_H
+#define ZANENGINE_CONFORMANCE_EVENTRECORDER_H
 
 #include "adapter/IZANEventListener.h"
 #include "message/ZANFieldGroup.h"
@@ -13,6 +13,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+namespace zan::conformance {
 
 /// What one event told.
 struct SeenEvent {
@@ -40,6 +42,9 @@ public:
 
     /// Runs on the delivery thread, for each event, before it is kept.
     std::function<void()> onEvent;
+
+    /// How long `waitFor` waits.
+    std::chrono::milliseconds patience = std::chrono::seconds(30);
 
     void processEvent(counted_ptr<ZANEvent> event) override {
         SeenEvent seen;
@@ -70,10 +75,10 @@ public:
         return events_;
     }
 
-    /// True when `count` events that pass the test have come, now or within half a minute.
+    /// True when `count` events that pass the test have come, or come in time.
     bool waitFor(Test const& test, std::size_t count = 1) {
         std::unique_lock lock(mutex_);
-        return arrived_.wait_for(lock, std::chrono::seconds(30), [&] {
+        return arrived_.wait_for(lock, patience, [&] {
             std::size_t found = 0;
             for (SeenEvent const& event : events_) {
                 found += test(event) ? 1 : 0;
@@ -120,5 +125,7 @@ private:
     std::condition_variable arrived_;
     std::vector<SeenEvent> events_;
 };
+
+} // namespace zan::conformance
 
 #endif

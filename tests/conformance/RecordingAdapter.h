@@ -1,11 +1,11 @@
-#ifndef ZANENGINE_TESTS_SUPPORT_RECORDINGADAPTER_H
-#define ZANENGINE_TESTS_SUPPORT_RECORDINGADAPTER_H
+#ifndef ZANENGINE_CONFORMANCE_RECORDINGADAPTER_H
+#define ZANENGINE_CONFORMANCE_RECORDINGADAPTER_H
 
 #include "adapter/ZANEngineAdapterBase.h"
+#include "conformance/CallText.h"
+#include "conformance/EmptyConfigProvider.h"
 #include "guaranteed/ZANGMLAdapterFactory.h"
 #include "guaranteed/ZANGuaranteedEngineMessageListener.h"
-#include "support/CallText.h"
-#include "support/EmptyConfigProvider.h"
 
 #include <cstdint>
 #include <functional>
@@ -13,6 +13,8 @@
 #include <mutex>
 #include <string>
 #include <vector>
+
+namespace zan::conformance {
 
 /// An adapter without an engine. It writes down every call with its arguments, in order and as
 /// `callText` shows them, and answers with the results that the test has put in.
@@ -276,5 +278,7 @@ private:
     mutable std::mutex mutex_;
     mutable std::vector<std::string> calls_;
 };
+
+} // namespace zan::conformance
 
 #endif

@@ -1,11 +1,11 @@
 /// Messages as bytes and as people write them: with `|` where the wire has SOH.
-#ifndef ZANENGINE_TESTS_CONVERSATIONS_FIXTEXT_H
-#define ZANENGINE_TESTS_CONVERSATIONS_FIXTEXT_H
+#ifndef ZANENGINE_CONFORMANCE_FIXTEXT_H
+#define ZANENGINE_CONFORMANCE_FIXTEXT_H
 
 #include <string>
 #include <vector>
 
-namespace conversations {
+namespace zan::conformance {
 
 /// Who talks to whom.
 struct Identity {
@@ -13,6 +13,9 @@ struct Identity {
     std::string sender;
     std::string target;
 };
+
+/// What stands before the first separator, which is taken away with it; all where there is none.
+std::string takeWord(std::string& text, char separator = ' ');
 
 std::string readable(std::string text);
 std::string wired(std::string text);
@@ -40,6 +43,6 @@ std::string mismatch(std::string const& message, std::string wanted);
 
 unsigned checkSum(std::string const& bytes);
 
-} // namespace conversations
+} // namespace zan::conformance
 
 #endif

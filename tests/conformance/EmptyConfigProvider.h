@@ -1,10 +1,12 @@
-#ifndef ZANENGINE_TESTS_SUPPORT_EMPTYCONFIGPROVIDER_H
-#define ZANENGINE_TESTS_SUPPORT_EMPTYCONFIGPROVIDER_H
+#ifndef ZANENGINE_CONFORMANCE_EMPTYCONFIGPROVIDER_H
+#define ZANENGINE_CONFORMANCE_EMPTYCONFIGPROVIDER_H
 
 #include "adapter/IZANEngineConfigProvider.h"
 #include "infra/counted_ptr.h"
 
 #include <string>
+
+namespace zan::conformance {
 
 /// A configuration without properties: every one has its default.
 class EmptyConfigProvider : public IZANEngineConfigProvider {
@@ -17,5 +19,7 @@ public:
 inline counted_ptr<IZANEngineConfigProvider> emptyConfigProvider() {
     return counted_ptr<IZANEngineConfigProvider>(new EmptyConfigProvider);
 }
+
+} // namespace zan::conformance
 
 #endif

@@ -1,8 +1,6 @@
-#include "conversations/ScriptedPeer.h"
+#include "conformance/ScriptedPeer.h"
 
-#include "conversations/FixText.h"
-#include "conversations/Script.h"
-
+#include "conformance/FixText.h"
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -15,7 +13,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-namespace conversations {
+namespace zan::conformance {
 
 using Clock = std::chrono::steady_clock;
 
@@ -135,4 +133,4 @@ bool ScriptedPeer::takeMessage(std::string& message) {
     return true;
 }
 
-} // namespace conversations
+} // namespace zan::conformance

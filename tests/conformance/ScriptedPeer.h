@@ -1,12 +1,19 @@
 /// The counterparty's end of the link: it accepts the engine's connection, and what it says is all
 /// up to the script.
-#ifndef ZANENGINE_TESTS_CONVERSATIONS_SCRIPTEDPEER_H
-#define ZANENGINE_TESTS_CONVERSATIONS_SCRIPTEDPEER_H
+#ifndef ZANENGINE_CONFORMANCE_SCRIPTEDPEER_H
+#define ZANENGINE_CONFORMANCE_SCRIPTEDPEER_H
 
 #include <chrono>
+#include <stdexcept>
 #include <string>
 
-namespace conversations {
+namespace zan::conformance {
+
+/// What was expected and did not come.
+class Unexpected : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
 
 /// Listens on a loopback port that the system picks. One thread.
 class ScriptedPeer {
@@ -44,6 +51,6 @@ private:
     std::string buffer_;
 };
 
-} // namespace conversations
+} // namespace zan::conformance
 
 #endif

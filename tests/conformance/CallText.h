@@ -3,8 +3,8 @@
 ///
 /// Texts are shown by their content, numbers and times by value; shared objects, tickets and
 /// vectors by their address, because a call must get the very same ones.
-#ifndef ZANENGINE_TESTS_SUPPORT_CALLTEXT_H
-#define ZANENGINE_TESTS_SUPPORT_CALLTEXT_H
+#ifndef ZANENGINE_CONFORMANCE_CALLTEXT_H
+#define ZANENGINE_CONFORMANCE_CALLTEXT_H
 
 #include "infra/Time.h"
 #include "infra/UserTicket.h"
@@ -13,6 +13,8 @@
 #include <sstream>
 #include <string>
 #include <vector>
+
+namespace zan::conformance {
 
 namespace call_text {
 
@@ -62,5 +64,7 @@ std::string callText(char const* operation, Arguments const&... arguments) {
     ((list += (list.empty() ? "" : ", ") + call_text::argumentText(arguments)), ...);
     return std::string(operation) + '(' + list + ')';
 }
+
+} // namespace zan::conformance
 
 #endif
