@@ -4,7 +4,8 @@ ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 
 # What the library, its transports, tests and benchmarks are built with.
 BUILD_PACKAGES=(g++ cmake ninja-build pkg-config libgtest-dev libbenchmark-dev libquickfix-dev
-                libsqlite3-dev libxml2-dev libcli11-dev nlohmann-json3-dev libmicrohttpd-dev prometheus-cpp-dev)
+                libsqlite3-dev libmicrohttpd-dev prometheus-cpp-dev libxml2-dev libcli11-dev
+                nlohmann-json3-dev)
 # What the gates of scripts/ci need beyond that.
 GATE_PACKAGES=(clang clang-format clang-tidy ccache doxygen g++-multilib git python3 make)
 
