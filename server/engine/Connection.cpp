@@ -170,9 +170,11 @@ void Connection::stop(std::string const& reason, std::chrono::milliseconds patie
     }
 }
 
+// What wakes an operation is told first, so that what the operation tells comes after it.
+
 void Connection::linkUp(std::string const& local, std::string const& remote) {
+    diary_.linkUp(local, remote);
     watch_.linkUp(local, remote);
-    diary_.linkUp(watch_.state());
 }
 
 void Connection::linkDown() {
@@ -181,13 +183,13 @@ void Connection::linkDown() {
 }
 
 void Connection::loggedOn(int heartbeatSeconds) {
-    watch_.loggedOn(heartbeatSeconds);
     diary_.loggedOn(log_.numbers());
+    watch_.loggedOn(heartbeatSeconds);
 }
 
 void Connection::loggedOff() {
-    watch_.loggedOff();
     diary_.loggedOff();
+    watch_.loggedOff();
 }
 
 void Connection::trouble(FixTrouble kind, std::string const& text) {

@@ -99,9 +99,9 @@ void ConnectionDiary::disconnecting(std::string const& reason) {
     tell(DiagnosticLevel::Info, session, [&] { return "disconnects" + reasonOf(reason); });
 }
 
-void ConnectionDiary::linkUp(LinkState const& state) {
+void ConnectionDiary::linkUp(std::string const& local, std::string const& remote) {
     tell(DiagnosticLevel::Info, session,
-         [&] { return "the link is up, from " + state.local + " to " + state.remote; });
+         [&] { return "the link is up, from " + local + " to " + remote; });
 }
 
 void ConnectionDiary::linkDown(LinkState const& state) {
@@ -144,11 +144,11 @@ void ConnectionDiary::logged(std::vector<FixEntry> const& entries) {
         return;
     }
     for (FixEntry const& entry : entries) {
-        logged(entry);
+        loggedEntry(entry);
     }
 }
 
-void ConnectionDiary::logged(FixEntry const& entry) {
+void ConnectionDiary::loggedEntry(FixEntry const& entry) {
     if (entry.origin == FixOrigin::wire) {
         loggedMessage(entry);
     } else if (entry.origin == FixOrigin::remark) {

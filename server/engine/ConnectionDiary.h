@@ -25,9 +25,10 @@ public:
     void notConnected(std::string const& reason);
     void disconnecting(std::string const& reason);
 
-    // What becomes of the link and the session. A state is the one that came of it.
+    // What becomes of the link and the session.
 
-    void linkUp(LinkState const& state);
+    void linkUp(std::string const& local, std::string const& remote);
+    /// The state is the one that came of it.
     void linkDown(LinkState const& state);
     void loggedOn(FixNumbers numbers);
     void loggedOff();
@@ -42,7 +43,7 @@ public:
     void listenerTrouble(std::string const& text);
 
 private:
-    void logged(FixEntry const& entry);
+    void loggedEntry(FixEntry const& entry);
     void loggedMessage(FixEntry const& entry);
     template <class Text>
     void tell(DiagnosticLevel level, char const* category, Text const& text);
