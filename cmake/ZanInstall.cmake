@@ -1,5 +1,5 @@
 # What `cmake --install` puts in place: the library and its headers, the adapter modules, the
-# programs, the CMake package ZANEngine and the pkg-config file zanengine.
+# programs, the adapter kit, the CMake package ZANEngine and the pkg-config file zanengine.
 
 option(ZAN_INSTALL "Make the install rules" ${PROJECT_IS_TOP_LEVEL})
 
@@ -63,6 +63,27 @@ function(zan_install_modules_and_programs)
     endif()
 endfunction()
 
+# The adapter kit: a library of its own export, because it needs GoogleTest, its program, and the
+# adapters to begin with. A GoogleTest that was built here cannot be found by others.
+function(zan_install_conformance package_dir)
+    if(NOT TARGET zan_conformance OR TARGET gtest)
+        return()
+    endif()
+    file(RELATIVE_PATH lib_of_bin
+        ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(zan-conformance PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_of_bin}")
+    install(TARGETS zan-conformance DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(TARGETS zan_conformance EXPORT ZANEngineConformanceTargets
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zanengine
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zanengine)
+    install(EXPORT ZANEngineConformanceTargets NAMESPACE ZANEngine:: DESTINATION ${package_dir})
+    install(DIRECTORY
+        ${PROJECT_SOURCE_DIR}/examples/adapter-template
+        ${PROJECT_SOURCE_DIR}/examples/adapter
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/zanengine)
+endfunction()
+
 function(zan_install_package package_dir)
     include(CMakePackageConfigHelpers)
     configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/ZANEngineConfig.cmake.in
@@ -107,6 +128,7 @@ if(ZAN_INSTALL)
     set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ZANEngine)
     zan_install_library(${package_dir})
     zan_install_modules_and_programs()
+    zan_install_conformance(${package_dir})
     zan_install_package(${package_dir})
     zan_install_pkg_config()
 endif()

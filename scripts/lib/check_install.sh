@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # check_install.sh <build tree>: installs the build into a fresh prefix, moves the prefix away, and
-# proves it by projects outside the tree: a CMake package, pkg-config, an adapter module. Then takes
-# the project as a subproject.
+# proves it by projects outside the tree: a CMake package, pkg-config, adapter modules, the adapter
+# kit, the steps of the adapter guide. Then takes the project as a subproject.
 set -euo pipefail
 source "$(dirname "$0")/common.sh"
 tree=$(cd "$1" && pwd)
@@ -29,13 +29,21 @@ say "installing and moving the prefix"
 quietly cmake --install "$tree" --prefix "$work/installed"
 mv "$work/installed" "$prefix"
 mkdir "$work/sources"
-cp -r "$ROOT/tests/consumers/." "$ROOT/examples/adapter" "$work/sources/"
+cp -r "$ROOT/tests/consumers/." "$prefix/share/zanengine/." "$work/sources/"
 libdir=$(dirname "$(find "$prefix" -name libzanengine.so)")
 modules=$libdir/zanengine
 
 say "an adapter module, by find_package(ZANEngine)"
 build_outside "$work/sources/adapter" module -DCMAKE_PREFIX_PATH="$prefix"
 module=$(find "$work/module" -name 'libechoengineadapter.so')
+
+say "the adapter template and the adapter kit, by find_package(ZANEngine COMPONENTS Conformance)"
+build_outside "$work/sources/adapter-template" template -DCMAKE_PREFIX_PATH="$prefix"
+quietly ctest --test-dir "$work/template" --output-on-failure
+
+say "the steps of the adapter guide"
+quietly python3 "$ROOT/scripts/lib/follow_guide.py" "$ROOT/docs/adapter-guide.md" "$prefix" \
+    "$work/guide"
 
 say "an application, by find_package(ZANEngine)"
 build_outside "$work/sources/package" package -DCMAKE_PREFIX_PATH="$prefix"
@@ -49,6 +57,9 @@ quietly g++ -std=c++17 -Wall -Wextra -Werror "$work/sources/consumer.cpp" -o "$w
 say "the module is found through ZAN_ADAPTER_PATH"
 ZAN_ADAPTER_PATH=$(dirname "$module") "$work/package/consumer"
 ZAN_ADAPTER_PATH=$(dirname "$module") "$work/consumer"
+say "the kit's program, by URL"
+ZAN_ADAPTER_PATH=$(dirname "$module") quietly "$prefix/bin/zan-conformance" echo:local \
+    --abilities connections,sending,events,clock
 say "the module is not found where it is not"
 if "$work/consumer" 2>/dev/null; then
     fail "the consumer found a module that is not installed"

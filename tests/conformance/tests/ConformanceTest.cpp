@@ -20,7 +20,6 @@ int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     registerConformance("Demo", byUrl("embedded:demo", "all,-persistence"));
     registerConformance("SessionFile", [] { return std::make_unique<SessionFileContext>(); });
-    registerConformance("Echo",
-                        byUrl("echo:local?connections=A,B", "connections,sending,events,clock"));
+    registerConformance("Template", byUrl("template:local", "none"));
     return RUN_ALL_TESTS();
 }

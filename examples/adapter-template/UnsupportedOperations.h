@@ -2,8 +2,8 @@
 /// that names the operation, until the adapter overrides it.
 ///
 /// Threads: no state, any thread.
-#ifndef ECHO_ADAPTER_UNSUPPORTEDOPERATIONS_H
-#define ECHO_ADAPTER_UNSUPPORTEDOPERATIONS_H
+#ifndef TEMPLATE_ADAPTER_UNSUPPORTEDOPERATIONS_H
+#define TEMPLATE_ADAPTER_UNSUPPORTEDOPERATIONS_H
 
 #include "adapter/ZANEngineAdapterBase.h"
 
