@@ -1,5 +1,6 @@
 # What `cmake --install` puts in place: the library and its headers, the adapter modules, the
-# programs, the adapter kit, the CMake package ZANEngine and the pkg-config file zanengine.
+# programs, the adapter kit, the CMake package ZANEngine, the pkg-config file zanengine and the
+# documents. The components are those of the packages: runtime, devel, transports, tools, doc.
 
 option(ZAN_INSTALL "Make the install rules" ${PROJECT_IS_TOP_LEVEL})
 
@@ -36,11 +37,12 @@ endfunction()
 function(zan_install_library package_dir)
     install(TARGETS zanengine EXPORT ZANEngineTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+            COMPONENT runtime NAMELINK_COMPONENT devel
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT devel
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zanengine
-        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zanengine)
-    install(EXPORT ZANEngineTargets NAMESPACE ZANEngine:: DESTINATION ${package_dir})
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zanengine COMPONENT devel)
+    install(EXPORT ZANEngineTargets NAMESPACE ZANEngine:: DESTINATION ${package_dir}
+        COMPONENT devel)
 endfunction()
 
 # Modules and programs find the library beside them, wherever the prefix is moved to.
@@ -55,11 +57,12 @@ function(zan_install_modules_and_programs)
     endif()
     if(modules)
         set_target_properties(${modules} PROPERTIES INSTALL_RPATH "$ORIGIN/..")
-        install(TARGETS ${modules} DESTINATION ${CMAKE_INSTALL_LIBDIR}/zanengine)
+        install(TARGETS ${modules} DESTINATION ${CMAKE_INSTALL_LIBDIR}/zanengine
+            COMPONENT transports)
     endif()
     if(programs)
         set_target_properties(${programs} PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_of_bin}")
-        install(TARGETS ${programs} DESTINATION ${CMAKE_INSTALL_BINDIR})
+        install(TARGETS ${programs} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
     endif()
 endfunction()
 
@@ -72,7 +75,7 @@ function(zan_install_conformance package_dir)
     file(RELATIVE_PATH lib_of_bin
         ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     set_target_properties(zan-conformance PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_of_bin}")
-    install(TARGETS zan-conformance DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(TARGETS zan-conformance DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
     install(TARGETS zan_conformance EXPORT ZANEngineConformanceTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zanengine
@@ -96,7 +99,7 @@ function(zan_install_package package_dir)
         ${PROJECT_BINARY_DIR}/ZANEngineConfig.cmake
         ${PROJECT_BINARY_DIR}/ZANEngineConfigVersion.cmake
         ${PROJECT_SOURCE_DIR}/cmake/ZANEngineModules.cmake
-        DESTINATION ${package_dir})
+        DESTINATION ${package_dir} COMPONENT devel)
 endfunction()
 
 function(zan_install_pkg_config)
@@ -121,7 +124,16 @@ function(zan_install_pkg_config)
     configure_file(${PROJECT_SOURCE_DIR}/cmake/zanengine.pc.in
         ${PROJECT_BINARY_DIR}/zanengine.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/zanengine.pc
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT devel)
+endfunction()
+
+# The pages of the headers are among them when `scripts/ci docs` has made them.
+function(zan_install_documents)
+    set(doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/zanengine)
+    install(FILES README.md CHANGELOG.md DESTINATION ${doc_dir} COMPONENT doc)
+    install(DIRECTORY docs/ DESTINATION ${doc_dir}/docs COMPONENT doc FILES_MATCHING PATTERN "*.md")
+    install(DIRECTORY examples DESTINATION ${doc_dir} COMPONENT doc)
+    install(DIRECTORY build/docs/html DESTINATION ${doc_dir} COMPONENT doc OPTIONAL)
 endfunction()
 
 if(ZAN_INSTALL)
@@ -131,4 +143,6 @@ if(ZAN_INSTALL)
     zan_install_conformance(${package_dir})
     zan_install_package(${package_dir})
     zan_install_pkg_config()
+    zan_install_documents()
+    include(ZanPackages)
 endif()

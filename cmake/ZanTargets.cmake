@@ -49,7 +49,7 @@ function(zan_add_engine_library)
     set_target_properties(zanengine PROPERTIES
         EXPORT_NAME ZANEngine
         VERSION ${PROJECT_VERSION}
-        SOVERSION 1
+        SOVERSION ${ZAN_SONAME}
         LIBRARY_OUTPUT_DIRECTORY ${ZAN_LIBRARY_DIR}
         ARCHIVE_OUTPUT_DIRECTORY ${ZAN_LIBRARY_DIR})
     target_compile_features(zanengine PUBLIC cxx_std_17)

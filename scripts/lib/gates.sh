@@ -2,7 +2,7 @@
 # its exit status. To be sourced after common.sh.
 
 # In the order in which `all` runs them: the quick ones first, then what others build upon.
-GATES=(format arrows build headers test docs install bench crash fuzz tidy m32 asan tsan)
+GATES=(format arrows build headers test docs install packages abi bench crash fuzz tidy m32 asan tsan)
 
 list_gates() {
     cat <<'TEXT'
@@ -13,6 +13,8 @@ headers  each public header alone: GCC and Clang, C++17, C++20 and C++23
 test     all tests, in the build tree of scripts/test
 docs     API pages without warnings; the code and the links of the documents
 install  the installed package, proved by consumers outside the tree; and as a subproject
+packages the Debian packages, made, installed into a fresh folder and used there; other recipes
+abi      programs built with the last release run with this library
 bench    every benchmark, run briefly
 crash    a program under load is killed 200 times, and nothing is lost
 fuzz     every fuzzer, a minute each
@@ -85,6 +87,18 @@ gate_docs() {
 gate_install() {
     build_default
     bash scripts/lib/check_install.sh build/default
+}
+
+gate_packages() {
+    need_packages dpkg-dev file
+    build_default
+    bash scripts/lib/check_packages.sh build/default
+    python3 scripts/lib/check_recipes.py build/recipes
+}
+
+gate_abi() {
+    need_packages abigail-tools
+    bash scripts/lib/check_abi.sh
 }
 
 gate_bench() {

@@ -1,0 +1,5 @@
+"""What our recipe uses of Conan's classes, for a run without Conan."""
+
+
+class ConanFile:
+    pass
