@@ -38,6 +38,10 @@ std::vector<Place> placesOf(CommandEntry const& command, std::string const& path
         for (std::string const& name : option.names) {
             place.words.push_back({name, option.description});
         }
+        for (std::string const& value :
+             option.names.empty() ? choicesOf(option.kind) : std::vector<std::string>()) {
+            place.words.push_back({value, option.description});
+        }
     }
     below.insert(below.begin(), std::move(place));
     return below;
@@ -139,9 +143,11 @@ private:
     static std::string inFish(std::string const& text) { return quoted(text, "\\'"); }
 
     static std::string argument(OptionEntry const& option) {
+        std::vector<std::string> const choices = choicesOf(option.kind);
         return option.kind == connectionKind ? " -a '(__zan_connections)'"
                : option.kind == fileKind     ? " -F"
-                                             : "";
+               : choices.empty()             ? ""
+                                             : " -a " + inFish(joined(choices, " "));
     }
 
     static std::string named(OptionEntry const& option) {

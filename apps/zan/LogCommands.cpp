@@ -148,7 +148,7 @@ public:
         columns_ = list_.empty() ? std::vector<std::string>{"edited", "user",   "action", "id",
                                                             "time",   "stream", "type",   "fields"}
                                  : auditColumns(context);
-        context.output.setColumns(columns_);
+        context.output.setColumns(tableColumnsOf(columns_));
         Session session(context.settings, context.interrupt);
         std::vector<std::vector<std::string>> table;
         std::string const order = newestFirst_ ? "edited DESC, id DESC" : "edited, id";

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <map>
 #include <sstream>
 
 namespace zan::cli {
@@ -78,6 +79,17 @@ std::vector<std::string> messageColumnsOf(std::string const& list, Names& names)
         }
     }
     return columns;
+}
+
+std::vector<TableColumn> tableColumnsOf(std::vector<std::string> const& columns) {
+    static std::map<std::string, std::size_t> const room = {
+        {"id", 5}, {"stream", 9}, {"type", 15}, {"seq", 5}};
+    std::vector<TableColumn> titled;
+    for (std::string const& column : columns) {
+        auto const found = room.find(column);
+        titled.push_back({column, found == room.end() ? 0 : found->second});
+    }
+    return titled;
 }
 
 std::vector<std::string> listOf(std::string const& list) {

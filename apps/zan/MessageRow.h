@@ -6,6 +6,7 @@
 
 #include "apps/zan/Names.h"
 #include "apps/zan/Record.h"
+#include "apps/zan/Table.h"
 
 #include <string>
 #include <vector>
@@ -38,6 +39,9 @@ std::vector<std::string> const& usualMessageColumns();
 /// their names, and tags by number or name. Empty: the usual ones. Throws `UsageError` for a column
 /// that nobody knows.
 std::vector<std::string> messageColumnsOf(std::string const& list, Names& names);
+
+/// The same for a table, with room for what usually stands in them.
+std::vector<TableColumn> tableColumnsOf(std::vector<std::string> const& columns);
 
 /// The entry with the columns of the log, then `fields`'s and those tags that `columns` name.
 Record messageRecord(MessageRow const& row, std::vector<std::string> const& columns, Names& names);

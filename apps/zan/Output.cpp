@@ -27,7 +27,7 @@ TableCell cellOf(RecordField const* field) {
 Output::Output(std::ostream& out, OutputSettings const& settings)
     : out_(out), settings_(settings) {}
 
-void Output::setColumns(std::vector<std::string> columns) {
+void Output::setColumns(std::vector<TableColumn> columns) {
     flush();
     table_.reset();
     columns_ = std::move(columns);
@@ -66,13 +66,15 @@ void Output::flush() {
 void Output::printRow(Record const& record) {
     if (!table_) {
         if (columns_.empty()) {
-            std::ranges::transform(record, std::back_inserter(columns_), &RecordField::name);
+            for (RecordField const& field : record) {
+                columns_.push_back({field.name});
+            }
         }
         table_.emplace(columns_, settings_.width, settings_.isColored);
     }
     std::vector<TableCell> row;
-    for (std::string const& column : columns_) {
-        row.push_back(cellOf(find(record, column)));
+    for (TableColumn const& column : columns_) {
+        row.push_back(cellOf(find(record, column.title)));
     }
     table_->add(out_, std::move(row));
 }

@@ -34,9 +34,9 @@ public:
     bool isColored() const { return settings_.isColored; }
     bool isTerminal() const { return settings_.width.has_value(); }
 
-    /// The fields that a table shows, by name, the rest being for programs; without this it shows
-    /// all of them. Ends the table before.
-    void setColumns(std::vector<std::string> columns);
+    /// The fields that a table shows, by their names as titles, the rest being for programs;
+    /// without this it shows all of them. Ends the table before.
+    void setColumns(std::vector<TableColumn> columns);
 
     /// A record in the chosen format. Raw: the bytes of its field `text`, with `|` for SOH on a
     /// terminal; `UsageError` when it has none.
@@ -55,7 +55,7 @@ private:
 
     std::ostream& out_;
     OutputSettings const settings_;
-    std::vector<std::string> columns_;
+    std::vector<TableColumn> columns_;
     std::optional<Table> table_;
 };
 

@@ -24,7 +24,7 @@ void ShownMessages::addTo(Options& options) {
 
 void ShownMessages::begin(Context& context) {
     columns_ = messageColumnsOf(list_, context.names);
-    context.output.setColumns(columns_);
+    context.output.setColumns(tableColumnsOf(columns_));
 }
 
 void ShownMessages::print(MessageRow const& row, Context& context) const {

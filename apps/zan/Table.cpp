@@ -16,9 +16,12 @@ constexpr std::size_t least = 4;
 
 } // namespace
 
-Table::Table(std::vector<std::string> titles, std::optional<std::size_t> width, bool isColored)
-    : titles_(std::move(titles)), width_(width), isColored_(isColored) {
-    std::ranges::transform(titles_, std::back_inserter(wanted_), widthOf);
+Table::Table(std::vector<TableColumn> columns, std::optional<std::size_t> width, bool isColored)
+    : columns_(std::move(columns)), width_(width), isColored_(isColored) {
+    for (TableColumn const& column : columns_) {
+        wanted_.push_back(widthOf(column.title));
+    }
+    widths_ = wanted_;
 }
 
 void Table::add(std::ostream& out, std::vector<TableCell> row) {
@@ -35,9 +38,9 @@ void Table::flush(std::ostream& out) {
     measure();
     if (!std::exchange(hasBegun_, true)) {
         std::vector<TableCell> titles;
-        std::ranges::transform(titles_, std::back_inserter(titles), [](std::string const& title) {
-            return TableCell{title, false, Tone::Heading};
-        });
+        for (TableColumn const& column : columns_) {
+            titles.push_back({column.title, false, Tone::Heading});
+        }
         out << line(titles) << '\n';
     }
     for (std::vector<TableCell> const& row : std::exchange(rows_, {})) {
@@ -52,25 +55,32 @@ void Table::measure() {
             wanted_[column] = std::max(wanted_[column], widthOf(row[column].text));
         }
     }
-    widths_ = wanted_;
+    for (std::size_t column = 0; column < wanted_.size(); ++column) {
+        widths_[column] = std::max(wanted_[column], columns_[column].least);
+    }
     if (width_) {
         fit(*width_);
     }
 }
 
+std::size_t Table::widthOfOthers() const {
+    return std::reduce(widths_.begin(), widths_.end() - 1) + gap * (widths_.size() - 1);
+}
+
 void Table::fit(std::size_t width) {
-    std::size_t const gaps = gap * (widths_.size() - 1);
-    auto const others = [&] { return std::reduce(widths_.begin(), widths_.end() - 1) + gaps; };
-    std::size_t& last = widths_.back();
-    std::size_t const needed = std::min(last, leastLast);
-    while (others() + needed > width) {
+    std::size_t const needed = std::min(wanted_.back(), leastLast);
+    if (widthOfOthers() + needed > width) {
+        // There is no room to spare for rows that come later.
+        widths_ = wanted_;
+    }
+    while (widthOfOthers() + needed > width) {
         auto const widest = std::max_element(widths_.begin(), widths_.end() - 1);
         if (widest == widths_.end() - 1 || *widest <= least) {
             break;
         }
         --*widest;
     }
-    last = std::max(least, width - std::min(width, others()));
+    widths_.back() = std::max(least, width - std::min(width, widthOfOthers()));
 }
 
 std::string Table::line(std::vector<TableCell> const& row) const {

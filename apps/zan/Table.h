@@ -14,6 +14,12 @@
 
 namespace zan::cli {
 
+struct TableColumn {
+    std::string title;
+    /// How wide it is at least, for rows that come later.
+    std::size_t least = 0;
+};
+
 struct TableCell {
     std::string text;
     bool isNumber = false;
@@ -23,9 +29,9 @@ struct TableCell {
 class Table {
 public:
     /// Without a width nothing is cut.
-    Table(std::vector<std::string> titles, std::optional<std::size_t> width, bool isColored);
+    Table(std::vector<TableColumn> columns, std::optional<std::size_t> width, bool isColored);
 
-    /// Takes a row, one cell for each title. Rows are kept until `flush`, or until there are many.
+    /// Takes a row, one cell for each column. Rows are kept until `flush`, or until there are many.
     void add(std::ostream& out, std::vector<TableCell> row);
 
     /// Writes what was kept; the first time with the titles before it. Columns are as wide as their
@@ -35,9 +41,10 @@ public:
 private:
     void measure();
     void fit(std::size_t width);
+    std::size_t widthOfOthers() const; // than the last, with the gaps
     std::string line(std::vector<TableCell> const& row) const;
 
-    std::vector<std::string> const titles_;
+    std::vector<TableColumn> const columns_;
     std::optional<std::size_t> const width_;
     bool const isColored_;
     std::vector<std::size_t> wanted_;

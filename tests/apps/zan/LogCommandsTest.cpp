@@ -1,0 +1,106 @@
+// The message log as people and programs read it.
+#include "apps/zan/ZanFixture.h"
+
+namespace {
+
+class LogCommands : public ZanTest {
+protected:
+    // Two orders and the three reports on each.
+    void SetUp() override {
+        ZanTest::SetUp();
+        useCounterparty();
+        ASSERT_EQ(
+            zan({"send", "C", order("one"), order("two"), "--wait", "20", "--answers", "6"}).code,
+            0);
+    }
+
+    std::string column(std::vector<std::string> arguments, std::string const& name) const {
+        arguments.insert(arguments.begin(), "--json");
+        std::string all;
+        RunResult const run = zan(arguments);
+        EXPECT_EQ(run.code, 0) << run.errors;
+        for (auto const& row : objects(run.output)) {
+            all += (row[name].is_string() ? row[name].get<std::string>() : row[name].dump()) + " ";
+        }
+        return all;
+    }
+};
+
+TEST_F(LogCommands, AlwaysHaveTheSameFieldsForPrograms) {
+    for (auto const& row : objects(zan({"--json", "log"}).output)) {
+        std::string names;
+        for (auto const& [name, value] : row.items()) {
+            names += name + " ";
+        }
+        EXPECT_EQ(names, "id time stream type seq sender target text note ");
+    }
+}
+
+TEST_F(LogCommands, FindEntriesByExpressionStreamIdsAndTime) {
+    EXPECT_EQ(column({"log", "--stream", "app-out"}, "type"), "D D ");
+    EXPECT_EQ(column({"log", "--where", "type = '8' AND tag(39) = '2'", "--columns", "11"}, "11"),
+              "one two ");
+    EXPECT_EQ(column({"log", "--ids", "1-2"}, "type"), "A A ");
+    EXPECT_EQ(column({"log", "--ids", "1"}, "id"), "1 ");
+    EXPECT_EQ(column({"log", "--to", "20200101"}, "id"), "");
+    EXPECT_EQ(column({"log", "--from", "20200101", "--to", "20991231", "--limit", "1"}, "id"),
+              "1 ");
+}
+
+TEST_F(LogCommands, Sort) {
+    EXPECT_EQ(
+        column({"log", "--stream", "app-out", "--newest-first", "--columns", "ClOrdID"}, "ClOrdID"),
+        "two one ");
+    EXPECT_EQ(column({"log", "--stream", "app-in", "--order-by", "tag(39) DESC, id", "-n", "2",
+                      "--columns", "ClOrdID"},
+                     "ClOrdID"),
+              "one two ");
+}
+
+TEST_F(LogCommands, GiveTheBytesAsTheyWere) {
+    RunResult const run = zan({"--raw", "log", "--stream", "app-out", "-n", "1"});
+    EXPECT_TRUE(run.output.starts_with("8=FIX.4.4\x01"
+                                       "9="));
+    RunResult const checked = zan({"decode"}, run.output);
+    EXPECT_EQ(checked.code, 0);
+    EXPECT_NE(checked.output.find("  54    Side = 1 (Buy)\n"), std::string::npos);
+    EXPECT_NE(checked.output.find("length and checksum are right"), std::string::npos);
+}
+
+TEST_F(LogCommands, ShowAMessageFieldByField) {
+    RunResult const run = zan({"log", "--stream", "app-out", "-n", "1", "--decode"});
+    EXPECT_NE(run.output.find("NewOrderSingle (D, FIX.4.4)\n"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("  11    ClOrdID = one\n"), std::string::npos);
+}
+
+TEST_F(LogCommands, FollowTheChainOfAnOrder) {
+    EXPECT_EQ(column({"chain", "C", "one", "--columns", "ClOrdID,OrdStatus"}, "OrdStatus"),
+              " 0 1 2 ");
+    EXPECT_EQ(column({"chain", "C", "one", "--newest-first", "--columns", "39"}, "39"), "2 1 0  ");
+    std::string const id = column({"log", "--where", "tag(11) = 'two' AND tag(39) = '2'"}, "id");
+    EXPECT_EQ(column({"chain", "C", "#" + id.substr(0, id.size() - 1)}, "type"), "D 8 8 8 ");
+}
+
+TEST_F(LogCommands, EndWhenNobodyReadsThem) {
+    ProgramRun run(settings({"log"}));
+    run.closeOutput();
+    EXPECT_EQ(run.wait(), 141);
+    EXPECT_EQ(run.errors(), "");
+}
+
+TEST_F(LogCommands, ReadALongLogPieceByPiece) {
+    std::string orders;
+    constexpr int count = 6000;
+    for (int at = 0; at < count; ++at) {
+        orders += "35=B|148=n" + std::to_string(at) + "|33=1|58=x\n";
+    }
+    ASSERT_EQ(zan({"post", "C", "--batch", "--file", write("many.txt", orders)}).code, 0);
+    RunResult const all = zan({"--json", "log", "--where", "type = 'B'"});
+    EXPECT_EQ(lines(all.output).size(), static_cast<std::size_t>(count));
+    EXPECT_EQ(
+        column({"log", "--where", "type = 'B'", "-n", "2", "--newest-first", "--columns", "148"},
+               "148"),
+        "n5999 n5998 ");
+}
+
+} // namespace
