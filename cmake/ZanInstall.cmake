@@ -66,6 +66,21 @@ function(zan_install_modules_and_programs)
     endif()
 endfunction()
 
+# What goes with the program zan, in the places where man and the shells look.
+function(zan_install_guides)
+    if(NOT TARGET zan_guides)
+        return()
+    endif()
+    set(guides ${PROJECT_BINARY_DIR}/apps/zan/guides)
+    install(FILES ${guides}/zan.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+    install(FILES ${guides}/zan
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+    install(FILES ${guides}/_zan
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT tools)
+    install(FILES ${guides}/zan.fish
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT tools)
+endfunction()
+
 # The adapter kit: a library of its own export, because it needs GoogleTest, its program, and the
 # adapters to begin with. A GoogleTest that was built here cannot be found by others.
 function(zan_install_conformance package_dir)
@@ -140,6 +155,7 @@ if(ZAN_INSTALL)
     set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ZANEngine)
     zan_install_library(${package_dir})
     zan_install_modules_and_programs()
+    zan_install_guides()
     zan_install_conformance(${package_dir})
     zan_install_package(${package_dir})
     zan_install_pkg_config()

@@ -83,7 +83,11 @@ protected:
                                    "'; COMP_POINT=${#COMP_LINE}; _zan; "
                                    "printf '%s ' \"${COMPREPLY[@]}\"";
         write("run.bash", script);
-        FILE* const pipe = popen(("bash '" + folder_ + "/run.bash' 2>&1").c_str(), "r");
+        return outputOf("bash '" + folder_ + "/run.bash' 2>&1");
+    }
+
+    static std::string outputOf(std::string const& command) {
+        FILE* const pipe = popen(command.c_str(), "r");
         std::string output;
         for (int c = 0; (c = std::fgetc(pipe)) != EOF;) {
             output += static_cast<char>(c);
@@ -108,6 +112,25 @@ TEST_F(Shells, BashOffersTheConnectionsOfTheEngine) {
     EXPECT_EQ(offeredBy("zan --url embedded:demo state "), "DEMO ");
     EXPECT_EQ(offeredBy("zan --url embedded:demo state D"), "DEMO ");
     EXPECT_EQ(offeredBy("zan --url embedded:demo state X"), " ");
+}
+
+TEST_F(Shells, FishOffersTheSame) {
+    if (std::system("command -v fish >/dev/null 2>&1") != 0) {
+        GTEST_SKIP() << "there is no fish here";
+    }
+    auto const offered = [this](std::string const& line) {
+        return outputOf("cd '" + folder_ +
+                        "' && PATH=$(dirname '" ZAN_PROGRAM
+                        "'):$PATH fish -c 'source zan.fish; complete -C \"" +
+                        line + "\"' | cut -f 1 | tr '\\n' ' '");
+    };
+    write("zan.fish", fishCompletion(tree()));
+    EXPECT_EQ(offered("zan conn"), "connect connections ");
+    EXPECT_EQ(offered("zan --color a"), "always auto ");
+    EXPECT_EQ(offered("zan edit d"), "delete ");
+    EXPECT_EQ(offered("zan edit update --strea"), "--stream ");
+    EXPECT_EQ(offered("zan tail --stream app"), "app-in app-out ");
+    EXPECT_EQ(offered("zan --url embedded:demo state D"), "DEMO ");
 }
 
 TEST_F(Shells, ShellsThatAreHereTakeTheirScripts) {
