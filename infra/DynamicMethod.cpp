@@ -29,27 +29,10 @@ std::string moduleFolder() {
 #endif
 }
 
-std::vector<std::string> searchFolders() {
-    std::vector<std::string> folders;
-    char const* const path = secure_getenv("ZAN_ADAPTER_PATH");
-    std::string_view rest(path ? path : "");
-    while (!rest.empty()) {
-        std::string_view const folder = rest.substr(0, rest.find(':'));
-        if (!folder.empty()) {
-            folders.emplace_back(folder);
-        }
-        rest.remove_prefix(std::min(rest.size(), folder.size() + 1));
-    }
-    if (std::string own = moduleFolder(); !own.empty()) {
-        folders.push_back(std::move(own));
-    }
-    return folders;
-}
-
 // In the order in which they are tried. A name without a folder sends the loader on its own search.
 std::vector<std::string> candidates(std::string const& module) {
     std::vector<std::string> files;
-    for (std::string const& folder : searchFolders()) {
+    for (std::string const& folder : getModuleFolders()) {
         files.push_back(folder + "/lib" + module + ".so");
         files.push_back(folder + "/" + module + ".so");
     }
@@ -83,4 +66,21 @@ void* getDynamicMethod(std::string const& module, std::string const& function, b
     }
     throw InfraException("Cannot find method \"" + function + "\". No module \"" + module + "\" " +
                          (load ? "could be loaded:" : "is loaded:") + tried);
+}
+
+std::vector<std::string> getModuleFolders() {
+    std::vector<std::string> folders;
+    char const* const path = secure_getenv("ZAN_ADAPTER_PATH");
+    std::string_view rest(path ? path : "");
+    while (!rest.empty()) {
+        std::string_view const folder = rest.substr(0, rest.find(':'));
+        if (!folder.empty()) {
+            folders.emplace_back(folder);
+        }
+        rest.remove_prefix(std::min(rest.size(), folder.size() + 1));
+    }
+    if (std::string own = moduleFolder(); !own.empty()) {
+        folders.push_back(std::move(own));
+    }
+    return folders;
 }

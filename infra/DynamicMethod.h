@@ -1,4 +1,5 @@
-/// `getDynamicMethod`: finds a function by name in a module that is loaded by name.
+/// `getDynamicMethod`: finds a function by name in a module that is loaded by name;
+/// `getModuleFolders`: where it looks.
 ///
 /// Threads: any thread may call it, also at the same time as others. A module's initialisation runs
 /// on the calling thread.
@@ -8,6 +9,7 @@
 #include "infra/Export.h"
 
 #include <string>
+#include <vector>
 
 /// Returns the address of `function` in `module`, or null when the module has no such function.
 /// The caller converts the address to the function's true type. The address stays good until the
@@ -26,5 +28,9 @@
 /// `Cannot find method "<function>".` and goes on with one line for each place that was tried, in
 /// the loader's own words.
 ZAN_API void* getDynamicMethod(std::string const& module, std::string const& function, bool load);
+
+/// The folders in which modules are looked for before the places that the platform searches, in
+/// that order. They need not exist.
+ZAN_API std::vector<std::string> getModuleFolders();
 
 #endif

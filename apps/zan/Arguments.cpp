@@ -43,6 +43,8 @@ Arguments::Arguments() : program_(std::make_unique<CLI::App>(about, "zan")) {
     addEditingCommands(commands_);
     addMarksCommand(commands_);
     addDecodeCommand(commands_);
+    addModulesCommand(commands_);
+    addDoctorCommand(commands_);
     addShellCommands(commands_);
     for (std::unique_ptr<Command> const& command : commands_) {
         command->addTo(*program_);

@@ -59,6 +59,8 @@ void addTailCommand(Commands& commands);
 void addEditingCommands(Commands& commands);
 void addMarksCommand(Commands& commands);
 void addDecodeCommand(Commands& commands);
+void addModulesCommand(Commands& commands);
+void addDoctorCommand(Commands& commands);
 void addShellCommands(Commands& commands);
 
 } // namespace zan::cli

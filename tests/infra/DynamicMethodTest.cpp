@@ -129,6 +129,15 @@ TEST_F(DynamicMethod, NamesTheFileThatNeedsAMissingFunction) {
         << message;
 }
 
+TEST_F(DynamicMethod, NamesTheFoldersInTheOrderInWhichTheyAreSearched) {
+    lookIn("/nonexistent/b::/nonexistent/a");
+    std::vector<std::string> const folders = getModuleFolders();
+    ASSERT_EQ(3u, folders.size());
+    EXPECT_EQ("/nonexistent/b", folders[0]);
+    EXPECT_EQ("/nonexistent/a", folders[1]);
+    EXPECT_EQ("zanengine", folders[2].substr(folders[2].rfind('/') + 1));
+}
+
 #ifdef ZAN_TEST_BESIDE_LIBRARY
 TEST_F(DynamicMethod, LooksBesideTheLibraryLast) {
     unsetenv("ZAN_ADAPTER_PATH");

@@ -44,7 +44,7 @@ TEST_F(ConnectionCommands, ShowWhenTheLinkIsLost) {
     ProgramRun run(settings({"--json", "connect", "C", "--stay"}));
     ASSERT_TRUE(run.waitFor("logged on"));
     counterparty_->end(SIGKILL);
-    EXPECT_TRUE(run.waitFor("\"state\":\"disconnected\"")) << run.output();
+    EXPECT_TRUE(run.waitFor("\"state\":\"disconnected")) << run.output();
     run.sendSignal(SIGTERM);
     EXPECT_EQ(run.wait(), 130);
 }

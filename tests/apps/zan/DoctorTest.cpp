@@ -1,0 +1,128 @@
+// What is found where, and what to do about it: doctor and modules.
+#include "apps/zan/ZanFixture.h"
+
+#include <algorithm>
+#include <csignal>
+
+namespace {
+
+class Doctor : public ZanTest {
+protected:
+    // `result` of a check, and the advice that comes with it.
+    std::string resultOf(RunResult const& run, std::string const& check) const {
+        for (auto const& each : objects(run.output)) {
+            if (each["check"] == check) {
+                return each["result"].get<std::string>() +
+                       (each["advice"] == "" ? "" : ", advised");
+            }
+        }
+        return "not checked";
+    }
+};
+
+TEST_F(Doctor, FindsAllWellWithACounterparty) {
+    useCounterparty();
+    RunResult const run = zan({"--json", "doctor", "--logon"});
+    EXPECT_EQ(run.code, 0) << run.output;
+    for (char const* check : {"config file", "URL", "module", "session file", "data folder",
+                              "engine", "C port", "C logon"}) {
+        EXPECT_EQ(resultOf(run, check), "ok") << check;
+    }
+}
+
+TEST_F(Doctor, LogsOnOnlyWhenItIsTold) {
+    useCounterparty();
+    EXPECT_EQ(resultOf(zan({"--json", "doctor"}), "C logon"), "skipped, advised");
+    EXPECT_EQ(zan({"log"}).output, "");
+}
+
+TEST_F(Doctor, SaysWhatToDoWithoutAUrl) {
+    RunResult const run = zan({"doctor"});
+    EXPECT_EQ(run.code, 11);
+    EXPECT_NE(run.output.find("fault    URL: there is none\n         to do: give --url"),
+              std::string::npos)
+        << run.output;
+}
+
+TEST_F(Doctor, FindsAMissingModuleFileAndFolder) {
+    EXPECT_EQ(resultOf(zan({"--json", "--url", "nosuch:x", "doctor"}), "module"),
+              "warning, advised");
+    RunResult const run = zan({"--json", "--url", "embedded:/none/x.cfg", "doctor"});
+    EXPECT_EQ(run.code, 11);
+    EXPECT_EQ(resultOf(run, "session file"), "fault, advised");
+    EXPECT_EQ(resultOf(run, "data folder"), "fault, advised");
+    EXPECT_EQ(resultOf(run, "engine"), "fault, advised");
+}
+
+TEST_F(Doctor, FindsThatTheCounterpartyIsDown) {
+    useCounterparty();
+    counterparty_->end(SIGKILL);
+    RunResult const run = zan({"--json", "doctor", "--logon"});
+    EXPECT_EQ(run.code, 11);
+    EXPECT_EQ(resultOf(run, "C port"), "fault, advised");
+    EXPECT_EQ(resultOf(run, "C logon"), "fault, advised");
+}
+
+TEST_F(Doctor, FindsAnEngineThatHasTheFolderAlready) {
+    useCounterparty();
+    ProgramRun holder(settings({"connect", "--stay"}));
+    ASSERT_TRUE(holder.waitFor("logged on"));
+    EXPECT_EQ(resultOf(zan({"--json", "doctor"}), "engine"), "fault, advised");
+}
+
+TEST_F(Doctor, FindsASecretThatOthersCanRead) {
+    std::string const file = write("config", "url=embedded:demo\nsecret=x\n");
+    std::filesystem::permissions(file, std::filesystem::perms::others_read,
+                                 std::filesystem::perm_options::add);
+    RunResult const run = zan({"--json", "--config", file, "doctor"});
+    EXPECT_EQ(resultOf(run, "secret"), "warning");
+    EXPECT_EQ(run.code, 0) << run.output;
+}
+
+class Modules : public Doctor {
+protected:
+    std::vector<nlohmann::ordered_json> listed(int code) const {
+        RunResult const run = zan({"--json", "modules"});
+        EXPECT_EQ(run.code, code) << run.output;
+        return objects(run.output);
+    }
+};
+
+TEST_F(Modules, ListTheInstalledOne) {
+    auto const modules = listed(0);
+    auto const embedded = std::ranges::find_if(
+        modules, [](auto const& each) { return each["protocol"] == "embedded"; });
+    ASSERT_NE(embedded, modules.end());
+    EXPECT_EQ((*embedded)["usable"], true);
+    EXPECT_TRUE((*embedded)["abi"].get<std::string>().starts_with("ZANEngine ABI 1"));
+}
+
+TEST_F(Modules, TellWhyOneCannotBeUsed) {
+    std::string const nonsense = write("libnonsenseengineadapter.so", "no module");
+    environment_["ZAN_ADAPTER_PATH"] = folder_;
+    auto const modules = listed(11);
+    ASSERT_GE(modules.size(), 2U);
+    EXPECT_EQ(modules[0]["protocol"], "nonsense");
+    EXPECT_EQ(modules[0]["usable"], false);
+    EXPECT_NE(modules[0]["problem"].get<std::string>().find(nonsense), std::string::npos);
+}
+
+TEST_F(Modules, TellWhichOneAnEarlierOneKeepsFromBeingUsed) {
+    auto const installed = listed(0);
+    std::filesystem::create_symlink(installed[0]["file"].get<std::string>(),
+                                    folder_ + "/libembeddedengineadapter.so");
+    environment_["ZAN_ADAPTER_PATH"] = folder_;
+    auto const modules = listed(0);
+    ASSERT_EQ(modules.size(), installed.size() + 1);
+    EXPECT_EQ(modules[0]["shadowed"], false);
+    EXPECT_EQ(modules[1]["shadowed"], true);
+}
+
+TEST_F(Modules, SurviveOneThatEndsItsProcess) {
+    std::filesystem::create_symlink(ZAN_FATAL_MODULE, folder_ + "/libfatalengineadapter.so");
+    environment_["ZAN_ADAPTER_PATH"] = folder_;
+    auto const modules = listed(11);
+    EXPECT_EQ(modules[0]["problem"], "it ends or blocks the process that loads it");
+}
+
+} // namespace
