@@ -91,15 +91,19 @@ function(zan_install_conformance package_dir)
         ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     set_target_properties(zan-conformance PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_of_bin}")
     install(TARGETS zan-conformance DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+    set_target_properties(faultengineadapter PROPERTIES INSTALL_RPATH "$ORIGIN/..")
+    install(TARGETS faultengineadapter DESTINATION ${CMAKE_INSTALL_LIBDIR}/zanengine
+        COMPONENT tools)
     install(TARGETS zan_conformance EXPORT ZANEngineConformanceTargets
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT devel
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zanengine
-        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zanengine)
-    install(EXPORT ZANEngineConformanceTargets NAMESPACE ZANEngine:: DESTINATION ${package_dir})
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zanengine COMPONENT devel)
+    install(EXPORT ZANEngineConformanceTargets NAMESPACE ZANEngine:: DESTINATION ${package_dir}
+        COMPONENT devel)
     install(DIRECTORY
         ${PROJECT_SOURCE_DIR}/examples/adapter-template
         ${PROJECT_SOURCE_DIR}/examples/adapter
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/zanengine)
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/zanengine COMPONENT devel)
 endfunction()
 
 function(zan_install_package package_dir)

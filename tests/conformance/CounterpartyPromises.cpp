@@ -43,7 +43,8 @@ void refusesALogonInItsOwnWords(Trial& trial, ScriptedCounterparty& counterparty
 
 void doesNotAnswerALogon(Trial& trial, ScriptedCounterparty& counterparty) {
     counterparty.setScript("");
-    std::string const text = failureOf<ZANCannotConnectException>([&] { trial.connect(); });
+    std::string const text = failureOf<ZANCannotConnectException>(
+        [&] { Trial::engine().connect(Trial::me, trial.name()); });
     EXPECT_NE(text.find(trial.name()), std::string::npos) << text;
     EXPECT_FALSE(isConnected(trial));
     counterparty.setScript(ScriptedCounterparty::usualScript());

@@ -40,7 +40,7 @@ void takesModels(Trial& trial) {
 }
 
 void needsASession(Trial& trial) {
-    expectFailure<ZANNotConnectedException>([&] { trial.send(trial.newId()); }, trial.name());
+    expectFailure<ZANNotConnectedException>([&] { trial.send(trial.newId()); });
     expectFailure<ZANNotConnectedException>([&] {
         Trial::engine().sendMessage(Trial::me, trial.name(), trial.orderModel(trial.newId()));
     });

@@ -1,6 +1,7 @@
 #include "conformance/Trial.h"
 
 #include "conformance/FixText.h"
+#include "errors/ZANCannotConnectException.h"
 #include "infra/Time.h"
 
 #include <atomic>
@@ -28,6 +29,21 @@ void Trial::TearDown() {
 void Trial::restart() {
     ZANEngineProxy::uninitialize();
     context_->start();
+}
+
+void Trial::connect() {
+    auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+    while (true) {
+        try {
+            engine().connect(me, name_);
+            return;
+        } catch (ZANCannotConnectException const&) {
+            if (std::chrono::steady_clock::now() > deadline) {
+                throw;
+            }
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
 }
 
 std::string Trial::newId(std::string const& prefix) {

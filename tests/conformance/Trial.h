@@ -51,8 +51,9 @@ public:
     bool has(Ability ability) const { return context_->abilities().has(ability); }
     std::string const& name() const { return name_; }
 
-    /// Logs the tested connection on.
-    void connect() { engine().connect(me, name_); }
+    /// Logs the tested connection on. A counterparty that has just been logged out may need a
+    /// moment before it takes the next link.
+    void connect();
     void disconnect() { engine().disconnect(me, name_, "end of the test"); }
 
     /// Ends the adapter and starts it again on what it left.

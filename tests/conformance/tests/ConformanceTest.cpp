@@ -21,5 +21,8 @@ int main(int argc, char** argv) {
     registerConformance("Demo", byUrl("embedded:demo", "all,-persistence"));
     registerConformance("SessionFile", [] { return std::make_unique<SessionFileContext>(); });
     registerConformance("Template", byUrl("template:local", "none"));
+    // An adapter in between that does no harm keeps what the inner one keeps.
+    registerConformance("Faultless",
+                        byUrl("fault:any?inner=embedded:demo", "all,-persistence,-guaranteed"));
     return RUN_ALL_TESTS();
 }
