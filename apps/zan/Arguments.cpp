@@ -43,6 +43,7 @@ Arguments::Arguments() : program_(std::make_unique<CLI::App>(about, "zan")) {
     addEditingCommands(commands_);
     addMarksCommand(commands_);
     addDecodeCommand(commands_);
+    addImportCommand(commands_);
     addModulesCommand(commands_);
     addDoctorCommand(commands_);
     addShellCommands(commands_);

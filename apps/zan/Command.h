@@ -61,6 +61,7 @@ void addMarksCommand(Commands& commands);
 void addDecodeCommand(Commands& commands);
 void addModulesCommand(Commands& commands);
 void addDoctorCommand(Commands& commands);
+void addImportCommand(Commands& commands);
 void addShellCommands(Commands& commands);
 
 } // namespace zan::cli

@@ -10,6 +10,7 @@
 #include "errors/ZANPersistentStorageException.h"
 #include "errors/ZANSecurityException.h"
 #include "infra/WrongConfigurationException.h"
+#include "server/log/MessageLog.h"
 #include "server/wire/FieldText.h"
 
 #include <algorithm>
@@ -75,7 +76,7 @@ ExitCode exitCodeOf(std::exception const& failure) {
     if (isOne<ZANInvalidMessageException, server::MalformedMessage>(failure)) {
         return ExitCode::InvalidMessage;
     }
-    if (isOne<ZANPersistentStorageException, std::system_error>(failure)) {
+    if (isOne<ZANPersistentStorageException, server::LogFailure, std::system_error>(failure)) {
         return ExitCode::Storage;
     }
     return isOne<ZANSecurityException>(failure) ? ExitCode::Security : ExitCode::Failure;

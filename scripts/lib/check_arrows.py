@@ -28,7 +28,8 @@ MAY_INCLUDE = {
 UPWARD = {("adapter/IZANEngineAdapter.cpp", "engine/ZANEngineProxy.h")}
 # Libraries of others are included in one place each.
 PLACES = {
-    "quickfix/": ["server/sessions/", "tests/support/acceptor/", "tests/crash/", "benchmarks/"],
+    "quickfix/": ["server/sessions/", "tests/support/acceptor/", "tests/crash/", "tests/apps/zan/",
+                  "benchmarks/"],
     "sqlite3.h": ["server/log/"],
     "microhttpd.h": ["server/metrics/"],
     "prometheus/": ["server/metrics/"],

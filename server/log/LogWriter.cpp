@@ -44,9 +44,13 @@ void LogWriter::setNumbers(FixNumbers numbers) {
 }
 
 void LogWriter::reset() {
+    resetAt(nowMillis());
+}
+
+void LogWriter::resetAt(long long millis) {
     startNumbers();
     open_.numbers = FixNumbers();
-    open_.numberingBegan = std::max(nowMillis(), open_.lastMillis);
+    open_.numberingBegan = std::max(std::min(millis, nowMillis()), open_.lastMillis);
     numbers_ = open_.numbers;
     areNumbersLoose_ = true;
 }
@@ -57,8 +61,17 @@ void LogWriter::startNumbers() {
 }
 
 long LogWriter::append(FixEntry entry) {
+    return add(std::move(entry), nowMillis());
+}
+
+long LogWriter::appendKept(FixEntry entry) {
+    long long const millis = std::min(entry.millis, nowMillis());
+    return add(std::move(entry), millis);
+}
+
+long LogWriter::add(FixEntry&& entry, long long millis) {
     entry.id = ++open_.lastId;
-    entry.millis = open_.lastMillis = std::max(nowMillis(), open_.lastMillis);
+    entry.millis = open_.lastMillis = std::max(millis, open_.lastMillis);
     rows_.push_back({std::move(entry), open_.numbers, {}, false});
     isRowOpen_ = true;
     areNumbersLoose_ = false;

@@ -26,6 +26,11 @@ public:
     long long numberingBegan() const { return open_.numberingBegan; }
     long append(FixEntry entry);
 
+    /// With the time that the entry or the numbering has, as far as times do not fall and are not
+    /// in the future.
+    long appendKept(FixEntry entry);
+    void resetAt(long long millis);
+
     /// `extra` runs in the same transaction, after the rows were written.
     std::vector<FixEntry> commit(std::function<void(WriteConnection&)> const& extra = {});
     void rollBack();
@@ -54,6 +59,7 @@ private:
         long long numberingBegan = 0;
     };
 
+    long add(FixEntry&& entry, long long millis);
     void startNumbers();
     void addNoteOnNumbers();
     void write(std::function<void(WriteConnection&)> const& extra);

@@ -102,6 +102,14 @@ std::vector<FixEntry> MessageLog::sent(int first, int last) {
     return entries;
 }
 
+long MessageLog::appendKept(FixEntry entry) {
+    return impl_->writer.appendKept(std::move(entry));
+}
+
+void MessageLog::resetAt(long long millis) {
+    impl_->writer.resetAt(millis);
+}
+
 std::vector<FixEntry> MessageLog::commit() {
     return impl_->writer.commit();
 }

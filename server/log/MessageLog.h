@@ -107,6 +107,12 @@ public:
     std::vector<FixEntry> commit() override;
     void rollBack() override;
 
+    // Taking over what another program has kept, with the turn: like `append` and `reset`, but with
+    // the time that the entry or the numbering has. Times never fall and are not in the future.
+
+    long appendKept(FixEntry entry);
+    void resetAt(long long millis);
+
     // Reading. Notes without a message are in the table form only.
 
     void read(LogQuery const& query, Sink const& sink) const;
