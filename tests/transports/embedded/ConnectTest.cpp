@@ -157,27 +157,6 @@ TEST_F(ConnectTest, StaysLoggedOutAfterADisconnect) {
     EXPECT_FALSE(isConnected());
 }
 
-TEST_F(ConnectTest, LogsOnAgainAfterADisconnect) {
-    startAndConnect();
-    for (int i = 0; i < 3; ++i) {
-        engine().disconnect(me, "C", "");
-        engine().connect(me, "C");
-        EXPECT_TRUE(isConnected());
-    }
-}
-
-TEST_F(ConnectTest, TakesADisconnectOfWhatIsNotConnected) {
-    startAcceptor();
-    startEngine();
-    engine().disconnect(me, "C", "never mind");
-    EXPECT_FALSE(isConnected());
-}
-
-TEST_F(ConnectTest, AnswersAPing) {
-    startAndConnect();
-    EXPECT_TRUE(engine().pingConnection(me, "C", 5000));
-}
-
 TEST_F(ConnectTest, TellsThatAPingWasNotAnswered) {
     startAndConnect({"--mute"});
     auto const before = Clock::now();
@@ -186,37 +165,12 @@ TEST_F(ConnectTest, TellsThatAPingWasNotAnswered) {
     EXPECT_LT(Clock::now() - before, std::chrono::milliseconds(1300));
 }
 
-TEST_F(ConnectTest, PingsNobodyWhenItIsNotLoggedOn) {
-    startAcceptor();
-    startEngine();
-    EXPECT_FALSE(engine().pingConnection(me, "C", 5000));
-}
-
 TEST_F(ConnectTest, KnowsItsConnectionsByName) {
     startAcceptor();
     startEngine(sessionText().replace(0, 27, "[SESSION]\nSessionQualifier=2\n"));
     std::vector<std::string> names{"before"};
     engine().getConnectionNameList(me, names);
     EXPECT_EQ(names, (std::vector<std::string>{"before", "C", "US->THEM"}));
-}
-
-TEST_F(ConnectTest, TellsWhichNameItDoesNotKnow) {
-    startAcceptor();
-    startEngine();
-    auto const fails = [&](auto call) {
-        EXPECT_EQ(failureOf<ZANConnectionUnknownException>(call), unknownConnection);
-    };
-    fails([&] { engine().connect(me, "X"); });
-    fails([&] { engine().disconnect(me, "X", ""); });
-    fails([&] { engine().isConnected(me, "X"); });
-    fails([&] { engine().pingConnection(me, "X", 1); });
-    fails([&] { engine().sendMessage(me, "X", "35=D"); });
-    fails([&] { engine().sendAdminMessage(me, "X", "35=0"); });
-    fails([&] { engine().getConnectionState(me, "X"); });
-    fails([&] { engine().getConnectionProperties(me, "X"); });
-    counted_ptr<IZANEventListener> listener(new EventRecorder);
-    fails([&] { engine().subscribeDirect(me, "X", true, true, true, listener); });
-    fails([&] { engine().unsubscribeDirect(me, "X", true, true, true, listener); });
 }
 
 TEST_F(ConnectTest, ShowsItsSettingsWithoutSecrets) {
@@ -235,14 +189,6 @@ TEST_F(ConnectTest, ShowsItsSettingsWithoutSecrets) {
         EXPECT_NE(properties.find(line), std::string::npos) << line << properties;
     }
     EXPECT_EQ(properties.find("hidden"), std::string::npos) << properties;
-}
-
-TEST_F(ConnectTest, TellsTheTime) {
-    startAcceptor();
-    startEngine();
-    using namespace std::chrono;
-    auto const now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-    EXPECT_NEAR(static_cast<double>(engine().getMillisTime(me)), static_cast<double>(now), 2000);
 }
 
 } // namespace

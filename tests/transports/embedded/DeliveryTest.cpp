@@ -18,27 +18,6 @@ counted_ptr<IZANEventListener> subscribed(EventRecorder* recorder, std::string c
     return listener;
 }
 
-TEST_F(DeliveryTest, ReachesTheListenersOfTheFacadeByKind) {
-    startAcceptor();
-    startEngine();
-    auto* const app = new EventRecorder;
-    auto* const admin = new EventRecorder;
-    auto const first = subscribed(app, ZANEngineDefs::APP_EVENT_TYPE);
-    auto const second = subscribed(admin, ZANEngineDefs::ADMIN_EVENT_TYPE);
-    engine().connect(me, "C");
-    engine().sendMessage(me, "C", order("d-1"));
-    ASSERT_TRUE(app->waitFor(isReport));
-    ASSERT_TRUE(admin->waitFor([](SeenEvent const& e) { return e.isType("A"); }, 2));
-    for (SeenEvent const& event : app->events()) {
-        EXPECT_EQ(event.kind, SeenEvent::Kind::App);
-        EXPECT_EQ(event.connection, "C");
-    }
-    for (SeenEvent const& event : admin->events()) {
-        EXPECT_EQ(event.kind, SeenEvent::Kind::Admin);
-    }
-    ZANEngineProxy::uninitialize();
-}
-
 TEST_F(DeliveryTest, ReportsAListenerThatThrowsAndGoesOn) {
     startAndConnect();
     CapturedOutput const output;
@@ -109,20 +88,6 @@ TEST_F(DeliveryTest, KeepsTheOrderOfSeveralSendersAndNumbersEachMessageOnce) {
             EXPECT_EQ(delivered[ids[sender][i]], std::to_string(sender) + "-" + std::to_string(i));
         }
     }
-}
-
-TEST_F(DeliveryTest, LetsAListenerCallTheEngine) {
-    startAndConnect();
-    std::atomic<bool> isDone{false};
-    EventRecorder& recorder = record([&] {
-        if (!isDone.exchange(true)) {
-            engine().sendMessage(me, "C", order("from-a-listener"));
-            EXPECT_TRUE(engine().pingConnection(me, "C", 5000));
-        }
-    });
-    engine().sendMessage(me, "C", order("l-1"));
-    EXPECT_TRUE(recorder.waitFor(isReport, 2));
-    ZANEngineProxy::uninitialize();
 }
 
 TEST_F(DeliveryTest, HoldsBackForASlowListenerAndLosesNothing) {

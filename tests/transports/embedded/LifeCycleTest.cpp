@@ -9,17 +9,6 @@ namespace {
 
 using LifeCycleTest = EmbeddedTest;
 
-TEST_F(LifeCycleTest, MayBeRepeated) {
-    startAcceptor();
-    for (int i = 0; i < 3; ++i) {
-        startEngine();
-        engine().connect(me, "C");
-        EXPECT_TRUE(isConnected());
-        ZANEngineProxy::uninitialize();
-        EXPECT_FALSE(ZANEngineProxy::isInitialized());
-    }
-}
-
 TEST_F(LifeCycleTest, LogsOutWhenTheEngineStops) {
     startAndConnect();
     ZANEngineProxy::uninitialize();
@@ -77,25 +66,6 @@ TEST_F(LifeCycleTest, MayBeEndedByADirectListener) {
     engine().connect(me, "C");
 }
 
-TEST_F(LifeCycleTest, MayBeEndedByAListenerOfTheFacade) {
-    startAndConnect();
-    std::atomic<bool> isEnded{false};
-    auto* const recorder = new EventRecorder;
-    recorder->onEvent = [&] {
-        if (!isEnded) {
-            ZANEngineProxy::uninitialize();
-            isEnded = true;
-        }
-    };
-    counted_ptr<IZANEventListener> listener(recorder);
-    engine().subscribe(me, listener, "C", ZANEngineDefs::APP_EVENT_TYPE);
-    engine().sendMessage(me, "C", order("x"));
-    EXPECT_TRUE(eventually([&] { return isEnded.load(); }));
-    EXPECT_FALSE(ZANEngineProxy::isInitialized());
-    EXPECT_TRUE(eventually([&] { return !recorder->events().empty(); }));
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-}
-
 TEST_F(LifeCycleTest, StopsInTimeWhenTheCounterpartyIsMute) {
     startAndConnect({"--mute"});
     auto const before = Clock::now();
@@ -122,15 +92,6 @@ TEST_F(LifeCycleTest, OfTheDemoNeedsNoSetUp) {
     ZANEngineProxy::uninitialize();
     EXPECT_TRUE(std::filesystem::is_empty(folder_));
     unsetenv("TMPDIR");
-}
-
-TEST_F(LifeCycleTest, OfTheDemoMayBeRepeated) {
-    for (int i = 0; i < 3; ++i) {
-        ZANEngineProxy::initialize(Url("embedded:demo"));
-        engine().connect(me, "DEMO");
-        EXPECT_TRUE(engine().isConnected(me, "DEMO"));
-        ZANEngineProxy::uninitialize();
-    }
 }
 
 // What a program does that ends without a word to the engine.

@@ -72,16 +72,6 @@ TEST_F(MessagesTest, SendsTextInItsOwnOrder) {
         << order;
 }
 
-TEST_F(MessagesTest, SetsHeaderAndTrailerItself) {
-    startAndConnect();
-    engine().sendMessage(me, "C", "8=FIX.4.0|9=1|35=D|34=77|49=ME|56=YOU|52=x|11=h-1|10=000");
-    std::string const order = acceptor_->waitForLine("|11=h-1|");
-    EXPECT_EQ(order.find("out "), std::string::npos);
-    EXPECT_NE(order.find("8=FIX.4.4|"), std::string::npos) << order;
-    EXPECT_NE(order.find("|49=US|"), std::string::npos) << order;
-    EXPECT_EQ(order.find("=ME|"), std::string::npos) << order;
-}
-
 TEST_F(MessagesTest, CarriesDataThatHoldsTheSeparator) {
     startAndConnect();
     EventRecorder& recorder = record();
@@ -93,29 +83,6 @@ TEST_F(MessagesTest, CarriesDataThatHoldsTheSeparator) {
     ASSERT_TRUE(recorder.waitFor(isNews));
     EXPECT_EQ(recorder.first(isNews).field(96), std::string("a\x01") + "b=c");
     EXPECT_EQ(recorder.first(isNews).field(95), "5");
-}
-
-TEST_F(MessagesTest, TellsTheNumberUnderWhichAMessageIsDelivered) {
-    startAndConnect();
-    EventRecorder& recorder = record();
-    long const first = engine().sendMessage(me, "C", order("n-1"));
-    long const second = engine().sendMessage(me, "C", order("n-2"));
-    EXPECT_GT(first, 0);
-    EXPECT_GT(second, first);
-    auto const isSecond = [](SeenEvent const& e) { return e.isType("D") && e.field(11) == "n-2"; };
-    ASSERT_TRUE(recorder.waitFor(isSecond));
-    SeenEvent const seen = recorder.first(isSecond);
-    EXPECT_EQ(seen.id, second);
-    EXPECT_EQ(seen.field(16580), std::to_string(second));
-    EXPECT_NEAR(seen.time, static_cast<double>(engine().getMillisTime(me)), 10000);
-}
-
-TEST_F(MessagesTest, KeepsCountingAfterAReconnect) {
-    startAndConnect();
-    long const before = engine().sendMessage(me, "C", order("r-1"));
-    engine().disconnect(me, "C", "");
-    engine().connect(me, "C");
-    EXPECT_GT(engine().sendMessage(me, "C", order("r-2")), before);
 }
 
 TEST_F(MessagesTest, DeliversEveryMessageOfTheSessionInItsOrder) {
@@ -140,17 +107,6 @@ TEST_F(MessagesTest, DeliversEveryMessageOfTheSessionInItsOrder) {
     EXPECT_EQ(flow, ">A<A>D<8>5<5");
 }
 
-TEST_F(MessagesTest, DeliversWhatTheCounterpartySends) {
-    startAcceptor({"--send", "35=B|148=Closing|33=2|58=one|58=two|9001=private"});
-    startEngine();
-    EventRecorder& recorder = record();
-    engine().connect(me, "C");
-    auto const isNews = [](SeenEvent const& e) { return e.isType("B"); };
-    ASSERT_TRUE(recorder.waitFor(isNews));
-    EXPECT_EQ(recorder.first(isNews).groups, "33(58=one|)33(58=two|)");
-    EXPECT_EQ(recorder.first(isNews).field(9001), "private");
-}
-
 TEST_F(MessagesTest, KnowsGroupsByTheDictionaryOfTheSession) {
     startAcceptor();
     std::string const dictionary = folder_ + "/own.xml";
@@ -170,20 +126,6 @@ TEST_F(MessagesTest, KnowsGroupsByTheDictionaryOfTheSession) {
     auto const isOwn = [](SeenEvent const& e) { return e.isType("U1"); };
     ASSERT_TRUE(recorder.waitFor(isOwn));
     EXPECT_EQ(recorder.first(isOwn).groups, "9100(9101=a|)9100(9101=b|)");
-}
-
-TEST_F(MessagesTest, SendsAdministrativeMessages) {
-    startAndConnect();
-    EventRecorder& recorder = record();
-    long const id = engine().sendAdminMessage(me, "C", "35=1|112=hello");
-    EXPECT_GT(id, 0);
-    auto const isAnswer = [](SeenEvent const& e) { return e.isType("0"); };
-    ASSERT_TRUE(recorder.waitFor(isAnswer));
-    EXPECT_EQ(recorder.first(isAnswer).field(112), "hello");
-    EXPECT_EQ(recorder.first(isAnswer).kind, SeenEvent::Kind::Admin);
-    counted_ptr<ZANFieldGroup> const heartbeat(new ZANFieldGroup(std::string("0")));
-    EXPECT_GT(
-        engine().sendAdminMessage(me, "C", counted_ptr<ZANMessage>(new ZANMessage(heartbeat))), id);
 }
 
 TEST_F(MessagesTest, SendsNothingWhileItIsNotLoggedOn) {

@@ -2,7 +2,6 @@
 #include "EmbeddedFixture.h"
 
 #include "errors/ZANInvalidMessageException.h"
-#include "errors/ZANNotConnectedException.h"
 #include "infra/Time.h"
 
 #include <algorithm>
@@ -11,33 +10,6 @@
 namespace {
 
 using PostingTest = EmbeddedTest;
-
-TEST_F(PostingTest, ReachesListenersAndNotTheCounterparty) {
-    startAndConnect();
-    EventRecorder& recorder = record();
-    long const text = engine().postInternalMessage(me, "C", order("as-text"));
-    long const model = engine().postInternalMessage(me, "C", orderOf("as-model"));
-    EXPECT_LT(text, model);
-    ASSERT_TRUE(recorder.waitFor([](SeenEvent const& e) { return e.field(11) == "as-model"; }));
-    SeenEvent const seen =
-        recorder.first([](SeenEvent const& e) { return e.field(11) == "as-text"; });
-    EXPECT_EQ(seen.kind, SeenEvent::Kind::App);
-    EXPECT_EQ(seen.id, text);
-    engine().sendMessage(me, "C", order("sent"));
-    ASSERT_FALSE(acceptor_->waitForLine("|11=sent|").empty());
-    for (std::string const& line : acceptor_->lines()) {
-        EXPECT_EQ(line.find("as-"), std::string::npos) << line;
-    }
-}
-
-TEST_F(PostingTest, NeedsNoSession) {
-    startAcceptor();
-    startEngine();
-    EventRecorder& recorder = record();
-    engine().postMultipleInternalMessages(me, "C", {orderOf("a"), orderOf("b")});
-    ASSERT_TRUE(recorder.waitFor([](SeenEvent const& e) { return e.isType("D"); }, 2));
-    EXPECT_EQ(fieldsOf(query("", "", false, 2), 11), "a b");
-}
 
 TEST_F(PostingTest, RefusesAWholeBatchForOneBadMessage) {
     startAndConnect();
@@ -48,11 +20,6 @@ TEST_F(PostingTest, RefusesAWholeBatchForOneBadMessage) {
     });
     EXPECT_NE(text.find("message 2 of 2: tag 58 has an empty value"), std::string::npos) << text;
     EXPECT_EQ(query("type = 'D'").size(), 0u);
-}
-
-TEST_F(PostingTest, RefusesAdministrativeMessages) {
-    startAndConnect();
-    EXPECT_THROW(engine().postInternalMessage(me, "C", "35=0"), ZANInvalidMessageException);
 }
 
 TEST_F(PostingTest, SendsABatchInItsOrder) {
@@ -82,13 +49,6 @@ TEST_F(PostingTest, SendsNothingOfABatchWithOneBadMessage) {
     EXPECT_NE(text.find("sendAdminMessage would be right"), std::string::npos) << text;
     EXPECT_EQ(query("type = 'D'").size(), 0u);
     EXPECT_NO_THROW(engine().sendMultipleMessages(me, "C", {}));
-}
-
-TEST_F(PostingTest, SendsNoBatchWithoutASession) {
-    startAcceptor();
-    startEngine();
-    EXPECT_THROW(engine().sendMultipleMessages(me, "C", {orderOf("a")}), ZANNotConnectedException);
-    EXPECT_EQ(query("").size(), 0u);
 }
 
 TEST_F(PostingTest, KeepsBatchesOfManyThreadsApart) {
