@@ -1,6 +1,7 @@
 // import: a session that another program has kept with QuickFIX goes on here.
 #include "apps/zan/Command.h"
 #include "apps/zan/LogImport.h"
+#include "apps/zan/Progress.h"
 #include "errors/ZANConnectionUnknownException.h"
 #include "infra/Url.h"
 #include "infra/WrongConfigurationException.h"
@@ -123,8 +124,12 @@ private:
         server::MessageLog log(settings);
         LogImport import(log, connection.valueOf("SenderCompID"), std::move(store));
         if (!log_.empty()) {
-            readMessageLog(log_, context.interrupt,
-                           [&](LoggedMessage const& message) { import.add(message); });
+            std::error_code unknown;
+            Progress progress("imported", std::filesystem::file_size(log_, unknown));
+            readMessageLog(log_, context.interrupt, [&](LoggedMessage const& message) {
+                import.add(message);
+                progress.step(message.text.size());
+            });
         }
         import.finish();
         return {{"name", name_},

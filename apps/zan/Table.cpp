@@ -94,6 +94,8 @@ std::string Table::line(std::vector<TableCell> const& row) const {
         text += cell.isNumber ? room + colored : colored + room;
         text += isLast ? "" : std::string(gap, ' ');
     }
+    // What is empty at the end of a row needs no room.
+    text.resize(text.find_last_not_of(' ') + 1);
     return text;
 }
 

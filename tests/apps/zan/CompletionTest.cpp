@@ -7,6 +7,7 @@
 #include "apps/zan/ZanFixture.h"
 
 #include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <map>
 
@@ -153,6 +154,26 @@ TEST_F(Shells, ProgramPrintsTheScriptOfAShell) {
     RunResult const run = zan({"completion", "bash"});
     EXPECT_EQ(run.code, 0);
     EXPECT_EQ(run.output, bashCompletion(tree()));
+}
+
+TEST(ExitCodes, StandInTheDocumentAsTheyAre) {
+    std::ifstream file(ZAN_COMMAND_LINE_PAGE);
+    std::string const page{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    for (ExitMeaning const& each : exitMeanings()) {
+        std::string const row =
+            "\n| " + std::to_string(static_cast<int>(each.code)) + " | " + each.meaning + " |\n";
+        EXPECT_NE(page.find(row), std::string::npos) << row;
+    }
+}
+
+TEST(CommandTree, HasEveryCommandInTheDocument) {
+    std::ifstream file(ZAN_COMMAND_LINE_PAGE);
+    std::string const page{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    for (CommandEntry const& command : tree().commands) {
+        EXPECT_TRUE(page.find("\n| `" + command.name + "`") != std::string::npos ||
+                    page.find("\n| `" + command.name + " ") != std::string::npos)
+            << command.name;
+    }
 }
 
 TEST(ExitCodes, AreDistinctAndInTheHelp) {

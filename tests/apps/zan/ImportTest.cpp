@@ -46,7 +46,7 @@ TEST_F(Import, LetsASessionGoOnWithItsNumbers) {
     RunResult const sent = zan({"send", "C", order("three"), "--wait", "20", "--answers", "3",
                                 "--columns", "seq,ClOrdID,OrdStatus"});
     EXPECT_EQ(sent.output, "seq    ClOrdID  OrdStatus\n"
-                           "    6  three    \n"
+                           "    6  three\n"
                            "   10  three    0\n"
                            "   11  three    1\n"
                            "   12  three    2\n")

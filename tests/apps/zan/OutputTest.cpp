@@ -25,7 +25,7 @@ std::string printed(OutputSettings const& settings, Record const& record) {
 TEST(Output, ShowsPeopleNamesAndProgramsValues) {
     EXPECT_EQ(printed({}, message("a\x01"
                                   "b")),
-              "id  stream   text  none\n 7  app-out  a|b   \n");
+              "id  stream   text  none\n 7  app-out  a|b\n");
     EXPECT_EQ(printed({OutputFormat::Json, {}, false}, message("a\x01"
                                                                "b")),
               "{\"id\":7,\"stream\":3,\"text\":\"a\\u0001b\",\"none\":null}\n");

@@ -29,7 +29,7 @@ TEST_F(Sending, ShowsTheOrderAndItsReports) {
                                "--columns", "stream,type,ClOrdID,OrdStatus"});
     EXPECT_EQ(run.code, 0) << run.errors;
     EXPECT_EQ(run.output, "stream     type             ClOrdID  OrdStatus\n"
-                          "app-out    NewOrderSingle   one      \n"
+                          "app-out    NewOrderSingle   one\n"
                           "app-in     ExecutionReport  one      0\n"
                           "app-in     ExecutionReport  one      1\n"
                           "app-in     ExecutionReport  one      2\n");
