@@ -10,8 +10,6 @@
 #include <string_view>
 #include <utility>
 
-#include <unistd.h>
-
 namespace zan::server {
 
 namespace {
@@ -61,7 +59,7 @@ MHD_Result handle(void* context, MHD_Connection* connection, char const* path, c
 
 class HttpServer::Daemon {
 public:
-    /// Takes the socket over.
+    /// Takes the socket over, also when it throws: the library closes what it was given.
     Daemon(int socket, Answer& answer)
         : daemon_(MHD_start_daemon(
               MHD_USE_AUTO_INTERNAL_THREAD, 0, nullptr, nullptr, &handle, &answer,
@@ -69,7 +67,6 @@ public:
               MHD_OPTION_CONNECTION_TIMEOUT, secondsWithoutAByte,
               MHD_OPTION_CONNECTION_MEMORY_LIMIT, bytesPerConnection, MHD_OPTION_END)) {
         if (!daemon_) {
-            close(socket);
             throw std::runtime_error("the HTTP server cannot be started: " + errorText(errno));
         }
     }

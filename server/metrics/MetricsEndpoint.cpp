@@ -1,7 +1,9 @@
 #include "server/metrics/MetricsEndpoint.h"
 
 #include "infra/WrongConfigurationException.h"
+#include "server/engine/EngineErrors.h"
 #include "server/metrics/MetricsText.h"
+#include "server/wire/Secrets.h"
 
 #include <filesystem>
 #include <stdexcept>
@@ -28,11 +30,12 @@ EngineFigures figuresOf(Engine const& engine) {
     return figures;
 }
 
+// A reason may quote what a counterparty sent.
 HttpAnswer healthOf(Engine const& engine) {
     HttpAnswer answer;
     for (std::string const& ailment : engine.ailments()) {
         answer.status = unavailable;
-        answer.text += ailment + "\n";
+        answer.text += onOneLine(maskSecrets(ailment)) + "\n";
     }
     if (answer.text.empty()) {
         answer.text = "ok\n";
