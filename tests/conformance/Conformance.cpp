@@ -29,7 +29,7 @@ void registerConformance(std::string const& name, MakeContext const& make) {
     MakeContext const& itsOwn = kept.emplace_back(make);
     for (Promise const& promise : promises) {
         testing::RegisterTest((name + "_" + promise.group).c_str(), promise.name, nullptr, nullptr,
-                              promise.place.file_name(), static_cast<int>(promise.place.line()),
+                              promise.file, promise.line,
                               [&promise, &itsOwn] { return new Trial(promise, itsOwn); });
     }
 }

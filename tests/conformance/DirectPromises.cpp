@@ -170,7 +170,7 @@ void tellTheWayOfAConnection(Trial& trial) {
     }
     // However many steps there are, the session comes once and goes once.
     session.insert(session.begin(), 0);
-    session.erase(std::ranges::unique(session).begin(), session.end());
+    session.erase(std::unique(session.begin(), session.end()), session.end());
     EXPECT_EQ(session, (std::vector<int>{0, 1, 0}));
 }
 

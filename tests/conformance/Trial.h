@@ -12,8 +12,8 @@
 
 #include <functional>
 #include <memory>
-#include <source_location>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zan::conformance {
@@ -25,17 +25,19 @@ class Trial;
 
 /// What is promised, and how it is checked.
 struct Promise {
+    // The standard's source location is not there with every compiler that this is built with.
     Promise(char const* itsGroup, char const* itsName, std::vector<Ability> itsNeeds,
-            void (*itsCheck)(Trial&),
-            std::source_location itsPlace = std::source_location::current())
+            void (*itsCheck)(Trial&), char const* itsFile = __builtin_FILE(),
+            int itsLine = __builtin_LINE())
         : group(itsGroup), name(itsName), needs(std::move(itsNeeds)), check(itsCheck),
-          place(itsPlace) {}
+          file(itsFile), line(itsLine) {}
 
     char const* group;
     char const* name;
     std::vector<Ability> needs;
     void (*check)(Trial&);
-    std::source_location place;
+    char const* file;
+    int line;
 };
 
 using Promises = std::vector<Promise>;
