@@ -30,7 +30,10 @@ Connection::Connection(ConnectionSettings settings, std::string const& dataFolde
       logFile_(logSettings(settings_, dataFolder).file), log_(logSettings(settings_, dataFolder)),
       queue_([this](Delivery const& delivery) { deliver(delivery); }, [this] { setReading(); },
              log_.lastId()),
-      watch_([this](LinkState const& state) { queue_.push(state); }),
+      watch_([this](LinkState const& state) {
+          diary_.stateChanged(state, log_.numbers());
+          queue_.push(state);
+      }),
       history_(log_, settings_, dictionary_,
                [this](std::string const& text) { trouble(FixTrouble::storage, text); }),
       sendQueue_([this](std::vector<FixOutgoing> const& messages, std::vector<long>& ids) {
@@ -170,25 +173,19 @@ void Connection::stop(std::string const& reason, std::chrono::milliseconds patie
     }
 }
 
-// What wakes an operation is told first, so that what the operation tells comes after it.
-
 void Connection::linkUp(std::string const& local, std::string const& remote) {
-    diary_.linkUp(local, remote);
     watch_.linkUp(local, remote);
 }
 
 void Connection::linkDown() {
     watch_.linkDown();
-    diary_.linkDown(watch_.state());
 }
 
 void Connection::loggedOn(int heartbeatSeconds) {
-    diary_.loggedOn(log_.numbers());
     watch_.loggedOn(heartbeatSeconds);
 }
 
 void Connection::loggedOff() {
-    diary_.loggedOff();
     watch_.loggedOff();
 }
 
@@ -200,9 +197,7 @@ void Connection::trouble(FixTrouble kind, std::string const& text) {
 
 // Under the turn of the log, so that the queue has the log's order.
 void Connection::logged(std::vector<FixEntry>& entries) {
-    if (watch_.stored()) {
-        diary_.storageWorksAgain();
-    }
+    watch_.stored();
     traffic_.count(entries);
     diary_.logged(entries);
     std::erase_if(entries, [](FixEntry const& entry) { return !isDelivered(entry.origin); });

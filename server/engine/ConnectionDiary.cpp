@@ -99,26 +99,40 @@ void ConnectionDiary::disconnecting(std::string const& reason) {
     tell(DiagnosticLevel::Info, session, [&] { return "disconnects" + reasonOf(reason); });
 }
 
-void ConnectionDiary::linkUp(std::string const& local, std::string const& remote) {
-    tell(DiagnosticLevel::Info, session,
-         [&] { return "the link is up, from " + local + " to " + remote; });
+void ConnectionDiary::stateChanged(LinkState const& state, FixNumbers numbers) {
+    long const changed = state.flags ^ knownFlags_;
+    if ((changed & FLAG_SESSION_ACTIVE) != 0) {
+        tell(DiagnosticLevel::Info, session, [&] {
+            return state.has(FLAG_SESSION_ACTIVE)
+                       ? "is logged on; the next numbers are " + std::to_string(numbers.nextOut) +
+                             " out and " + std::to_string(numbers.nextIn) + " in"
+                       : std::string("is logged off");
+        });
+    }
+    if ((changed & FLAG_LINK_ACTIVE) != 0) {
+        linkChanged(state);
+    } else if ((changed & FLAG_UNAVAILABLE) != 0) {
+        bool const isBack = !state.has(FLAG_UNAVAILABLE);
+        tell(isBack ? DiagnosticLevel::Info : DiagnosticLevel::Warning, session, [isBack] {
+            return std::string("the counterparty ") + (isBack ? "reads again" : "does not read");
+        });
+    }
+    if ((changed & FLAG_DB_ERROR) != 0 && !state.has(FLAG_DB_ERROR)) {
+        tell(DiagnosticLevel::Info, storage,
+             [] { return std::string("messages are stored again"); });
+    }
+    knownFlags_ = state.flags;
 }
 
-void ConnectionDiary::linkDown(LinkState const& state) {
-    bool const isOrderly = state.has(FLAG_LOGGED_OUT) || state.lastError.empty();
-    tell(isOrderly ? DiagnosticLevel::Info : DiagnosticLevel::Warning, session,
-         [&] { return isOrderly ? "the link is closed" : "the link is lost: " + state.lastError; });
-}
-
-void ConnectionDiary::loggedOn(FixNumbers numbers) {
-    tell(DiagnosticLevel::Info, session, [&] {
-        return "is logged on; the next numbers are " + std::to_string(numbers.nextOut) +
-               " out and " + std::to_string(numbers.nextIn) + " in";
+void ConnectionDiary::linkChanged(LinkState const& state) {
+    bool const isUp = state.has(FLAG_LINK_ACTIVE);
+    bool const isOrderly = isUp || state.has(FLAG_LOGGED_OUT) || state.lastError.empty();
+    tell(isOrderly ? DiagnosticLevel::Info : DiagnosticLevel::Warning, session, [&] {
+        if (isUp) {
+            return "the link is up, from " + state.local + " to " + state.remote;
+        }
+        return isOrderly ? "the link is closed" : "the link is lost: " + state.lastError;
     });
-}
-
-void ConnectionDiary::loggedOff() {
-    tell(DiagnosticLevel::Info, session, [] { return std::string("is logged off"); });
 }
 
 void ConnectionDiary::trouble(FixTrouble kind, std::string const& text) {
@@ -127,16 +141,6 @@ void ConnectionDiary::trouble(FixTrouble kind, std::string const& text) {
     } else {
         tell(DiagnosticLevel::Warning, session, [&] { return text; });
     }
-}
-
-void ConnectionDiary::storageWorksAgain() {
-    tell(DiagnosticLevel::Info, storage, [] { return std::string("messages are stored again"); });
-}
-
-void ConnectionDiary::counterpartyReads(bool on) {
-    tell(on ? DiagnosticLevel::Info : DiagnosticLevel::Warning, session, [on] {
-        return std::string(on ? "the counterparty reads again" : "the counterparty does not read");
-    });
 }
 
 void ConnectionDiary::logged(std::vector<FixEntry> const& entries) {

@@ -25,16 +25,11 @@ public:
     void notConnected(std::string const& reason);
     void disconnecting(std::string const& reason);
 
-    // What becomes of the link and the session.
+    /// What differs from the state of before: link, logon, storage, a counterparty that does not
+    /// read. The numbers are those that come next. For one thread at a time.
+    void stateChanged(LinkState const& state, FixNumbers numbers);
 
-    void linkUp(std::string const& local, std::string const& remote);
-    /// The state is the one that came of it.
-    void linkDown(LinkState const& state);
-    void loggedOn(FixNumbers numbers);
-    void loggedOff();
     void trouble(FixTrouble kind, std::string const& text);
-    void storageWorksAgain();
-    void counterpartyReads(bool on);
 
     /// What was committed: gaps, resend requests, rejects, logouts, and what was refused.
     void logged(std::vector<FixEntry> const& entries);
@@ -44,11 +39,13 @@ public:
 
 private:
     void loggedEntry(FixEntry const& entry);
+    void linkChanged(LinkState const& state);
     void loggedMessage(FixEntry const& entry);
     template <class Text>
     void tell(DiagnosticLevel level, char const* category, Text const& text);
 
     std::string const connection_;
+    long knownFlags_ = 0;
     DiagnosticQueue& queue_;
 };
 

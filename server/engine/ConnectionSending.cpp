@@ -122,8 +122,8 @@ void Connection::waitForListeners() {
 FixSendResult Connection::sendTogether(std::vector<FixOutgoing> const& messages,
                                        std::vector<long>& ids) {
     FixSendResult const result = session_->send(messages, sendPatience, ids);
-    if (result == FixSendResult::sent && watch_.setUnavailable(false, {})) {
-        diary_.counterpartyReads(true);
+    if (result == FixSendResult::sent) {
+        watch_.setUnavailable(false, {});
     }
     return result;
 }
@@ -135,9 +135,7 @@ void Connection::failToSend(FixSendResult result) {
     }
     if (result == FixSendResult::peerTooSlow) {
         std::string const text = "the counterparty does not read; nothing was sent";
-        if (watch_.setUnavailable(true, text)) {
-            diary_.counterpartyReads(false);
-        }
+        watch_.setUnavailable(true, text);
         fail<ZANConnectionUnavailableException>(described(text));
     }
     fail<ZANNotConnectedException>(described("not logged on"));

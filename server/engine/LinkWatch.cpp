@@ -113,23 +113,20 @@ bool LinkWatch::trouble(FixTrouble kind, std::string const& text) {
     return isNews;
 }
 
-bool LinkWatch::stored() {
+void LinkWatch::stored() {
     std::lock_guard const lock(mutex_);
-    bool const wasBroken = state_.has(FLAG_DB_ERROR);
-    if (wasBroken) {
+    if (state_.has(FLAG_DB_ERROR)) {
         change(0, FLAG_DB_ERROR);
     }
-    return wasBroken;
 }
 
-bool LinkWatch::setUnavailable(bool on, std::string const& text) {
+void LinkWatch::setUnavailable(bool on, std::string const& text) {
     std::lock_guard const lock(mutex_);
     if (on == state_.has(FLAG_UNAVAILABLE) || !state_.has(FLAG_LINK_ACTIVE)) {
-        return false;
+        return;
     }
     state_.lastError = text;
     change(on ? FLAG_UNAVAILABLE : 0, FLAG_UNAVAILABLE);
-    return true;
 }
 
 void LinkWatch::receivedAdmin(std::string const& message) {

@@ -39,15 +39,15 @@ public:
     void loggedOff();
     /// False when that was known already.
     bool trouble(FixTrouble kind, std::string const& text);
-    /// Something was stored: what was in the way of it is gone. True when something was.
-    bool stored();
+    /// Something was stored: what was in the way of it is gone.
+    void stored();
     void receivedAdmin(std::string const& message);
     void sentAdmin(std::string const& message);
 
     // What operations ask, and what they do.
 
-    /// The counterparty reads nothing, or does again. False when that was known already.
-    bool setUnavailable(bool on, std::string const& text);
+    /// The counterparty reads nothing, or does again.
+    void setUnavailable(bool on, std::string const& text);
 
     /// The session was stopped: if the link was still up, it is down now, and nobody is to blame.
     void stopped();

@@ -41,6 +41,15 @@ protected:
         diary_->logged({entry});
     }
 
+    void become(long flags, std::string const& lastError = "") {
+        LinkState state;
+        state.flags = flags;
+        state.local = "here";
+        state.remote = "there";
+        state.lastError = lastError;
+        diary_->stateChanged(state, {7, 8});
+    }
+
     std::string told_;
     std::optional<DiagnosticQueue> queue_;
     std::optional<ConnectionDiary> diary_;
@@ -94,22 +103,38 @@ TEST_F(ConnectionDiaryTest, TellsNothingOfTheUsualMessages) {
     EXPECT_EQ(told(), "");
 }
 
+TEST_F(ConnectionDiaryTest, TellsALogonAndALogoff) {
+    become(FLAG_LINK_ACTIVE);
+    become(FLAG_LINK_ACTIVE | FLAG_SESSION_ACTIVE);
+    become(FLAG_LINK_ACTIVE);
+    EXPECT_EQ(told(), "INFO session: connection C: the link is up, from here to there\n"
+                      "INFO session: connection C: is logged on; the next numbers are 7 out and 8 "
+                      "in\n"
+                      "INFO session: connection C: is logged off\n");
+}
+
 TEST_F(ConnectionDiaryTest, TellsALostLinkFromOneThatWasClosed) {
-    LinkState lost;
-    lost.lastError = "the counterparty closed the link";
-    diary_->linkDown(lost);
-    LinkState closed;
-    closed.flags = FLAG_LOGGED_OUT;
-    closed.lastError = "logged out by the counterparty";
-    diary_->linkDown(closed);
-    EXPECT_EQ(told(), "WARNING session: connection C: the link is lost: the counterparty closed "
+    become(FLAG_LINK_ACTIVE);
+    become(FLAG_DISCONNECTED, "the counterparty closed the link");
+    become(FLAG_LINK_ACTIVE);
+    become(FLAG_DISCONNECTED | FLAG_LOGGED_OUT, "logged out by the counterparty");
+    EXPECT_EQ(told(), "INFO session: connection C: the link is up, from here to there\n"
+                      "WARNING session: connection C: the link is lost: the counterparty closed "
                       "the link\n"
+                      "INFO session: connection C: the link is up, from here to there\n"
                       "INFO session: connection C: the link is closed\n");
+}
+
+TEST_F(ConnectionDiaryTest, TellsNothingOfAStateThatStaysTheSame) {
+    become(FLAG_UNREACHABLE);
+    become(FLAG_UNREACHABLE, "refused");
+    EXPECT_EQ(told(), "");
 }
 
 TEST_F(ConnectionDiaryTest, TellsTroubleOfTheStorageAsAnError) {
     diary_->trouble(FixTrouble::storage, "C.log: database or disk is full");
-    diary_->storageWorksAgain();
+    become(FLAG_DB_ERROR);
+    become(0);
     diary_->trouble(FixTrouble::badBytes, "no BeginString");
     EXPECT_EQ(told(), "ERROR log: connection C: nothing can be stored: C.log: database or disk is "
                       "full\n"
@@ -118,8 +143,8 @@ TEST_F(ConnectionDiaryTest, TellsTroubleOfTheStorageAsAnError) {
 }
 
 TEST_F(ConnectionDiaryTest, TellsACounterpartyThatDoesNotRead) {
-    diary_->counterpartyReads(false);
-    diary_->counterpartyReads(true);
+    become(FLAG_UNAVAILABLE);
+    become(0);
     EXPECT_EQ(told(), "WARNING session: connection C: the counterparty does not read\n"
                       "INFO session: connection C: the counterparty reads again\n");
 }
