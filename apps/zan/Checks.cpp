@@ -74,7 +74,7 @@ private:
     }
 
     bool checkModule(Url const& url) {
-        std::string const protocol = url.getProtocol();
+        std::string const& protocol = url.getProtocol();
         std::vector<FoundModule> const modules = findModules();
         auto const found = std::ranges::find(modules, protocol, &FoundModule::protocol);
         if (found == modules.end()) {

@@ -90,6 +90,8 @@ std::string lineOf(std::exception const& failure) {
             text.erase(0, prefix.size());
         }
     }
+    // The engine's list of places, say, one a line.
+    text.resize(text.find_last_not_of('\n') + 1);
     for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at)) {
         std::size_t const end = std::min(text.find_first_not_of("\n ", at), text.size());
         bool const isListed = at > 0 && text[at - 1] == ':';

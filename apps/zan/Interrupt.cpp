@@ -11,11 +11,27 @@
 
 namespace zan::cli {
 
+namespace {
+
+// Sent to the watcher alone, for its end.
+constexpr int wakeUp = SIGUSR1;
+
+// What nohup, say, wants to be ignored stays ignored; to wait for it would be to obey it.
+bool isIgnored(int signal) {
+    struct sigaction present {};
+    return sigaction(signal, nullptr, &present) == 0 && present.sa_handler == SIG_IGN;
+}
+
+} // namespace
+
 Interrupt::Interrupt() {
     sigemptyset(&signals_);
-    for (int const signal : {SIGINT, SIGTERM, SIGHUP, SIGUSR1}) {
-        sigaddset(&signals_, signal);
+    for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
+        if (!isIgnored(signal)) {
+            sigaddset(&signals_, signal);
+        }
     }
+    sigaddset(&signals_, wakeUp);
     pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
     // Writing to a pipe that nobody reads fails instead of ending the program out of order.
     std::signal(SIGPIPE, SIG_IGN);
@@ -27,7 +43,7 @@ Interrupt::Interrupt() {
 
 Interrupt::~Interrupt() {
     isStopping_ = true;
-    pthread_kill(watcher_.native_handle(), SIGUSR1);
+    pthread_kill(watcher_.native_handle(), wakeUp);
     watcher_.join();
     close(pipe_[0]);
     close(pipe_[1]);
@@ -35,7 +51,7 @@ Interrupt::~Interrupt() {
 
 void Interrupt::watch() {
     for (int signal = 0; sigwait(&signals_, &signal) == 0 && !isStopping_;) {
-        if (signal == SIGUSR1) {
+        if (signal == wakeUp) {
             continue;
         }
         if (happened_.exchange(true)) {

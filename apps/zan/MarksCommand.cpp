@@ -21,7 +21,8 @@ class Subscriber {
 public:
     explicit Subscriber(Session& session) : session_(session) {
         // The library's own factory serves engines without guaranteed delivery.
-        if (typeid(session.engine().getGMLAdapterFactory()) == typeid(ZANGMLAdapterFactory)) {
+        ZANGMLAdapterFactory const& factory = session.engine().getGMLAdapterFactory();
+        if (typeid(factory) == typeid(ZANGMLAdapterFactory)) {
             throw ZANEngineException("this engine keeps no marks");
         }
         listener_ = counted_ptr<Listener>(new Listener(counted_ptr<IZANEventListener>()));

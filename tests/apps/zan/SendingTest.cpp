@@ -103,6 +103,17 @@ TEST_F(Sending, EndsInOrderWhileItWaitsForInput) {
     EXPECT_FALSE(counterparty_->waitForLine("|35=5|").empty());
 }
 
+TEST_F(Sending, IgnoresWhatNohupIgnores) {
+    std::signal(SIGHUP, SIG_IGN);
+    ProgramRun run(settings({"send", "C"}));
+    run.type(order("one") + "\n");
+    ASSERT_FALSE(counterparty_->waitForLine("|11=one|").empty());
+    run.sendSignal(SIGHUP);
+    run.closeInput();
+    EXPECT_EQ(run.wait(), 0) << run.errors();
+    std::signal(SIGHUP, SIG_DFL);
+}
+
 TEST_F(Sending, PostsWithoutTheCounterparty) {
     RunResult const run = zan({"--json", "post", "C", "35=B|148=hello|33=1|58=text"});
     EXPECT_EQ(run.code, 0) << run.errors;
