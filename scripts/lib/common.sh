@@ -1,5 +1,8 @@
 # What the scripts share: words on the terminal, packages, the build trees. To be sourced by bash.
 
+# The tests' precompiled headers are no reason for ccache not to keep what is built with them.
+export CCACHE_SLOPPINESS=pch_defines,time_macros
+
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 
 # What the library, its transports, tests and benchmarks are built with.

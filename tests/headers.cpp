@@ -1,0 +1,1 @@
+// Nothing of its own: built for the headers that all tests share.
