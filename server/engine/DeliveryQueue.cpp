@@ -129,6 +129,7 @@ void DeliveryQueue::run() {
     deliveringThread_ = std::thread::id();
     std::lock_guard const lock(mutex_);
     waiting_.clear();
+    undelivered_ = 0;
     isFinished_ = true;
     finished_.notify_all();
 }

@@ -100,6 +100,20 @@ TEST_F(DeliveryQueueTest, TellsWhenItIsFullAndWhenThereIsRoomAgain) {
     EXPECT_EQ(roomAgain, 1);
 }
 
+TEST_F(DeliveryQueueTest, TellsHowMuchIsNotDelivered) {
+    std::vector<std::size_t> sizes;
+    make([&](Delivery const&) { sizes.push_back(queue->size()); });
+    EXPECT_EQ(queue->size(), 0u);
+    push(1, "one");
+    push(2, "two");
+    queue->push(LinkState{});
+    EXPECT_EQ(queue->size(), 3u);
+    queue->start(queue);
+    EXPECT_TRUE(queue->stop(10s));
+    EXPECT_EQ(sizes, (std::vector<std::size_t>{3, 2, 1}));
+    EXPECT_EQ(queue->size(), 0u);
+}
+
 TEST_F(DeliveryQueueTest, KnowsItsOwnThread) {
     std::atomic<bool> isInside{false};
     make([&](Delivery const&) { isInside = queue->isDelivering(); });

@@ -43,6 +43,19 @@ TEST(SendQueue, GivesEverybodyTheSameRefusal) {
     EXPECT_TRUE(ids.empty());
 }
 
+TEST(SendQueue, HasNobodyWaitingWhoIsAlone) {
+    std::size_t waiting = 1;
+    SendQueue* asked = nullptr;
+    SendQueue queue([&](std::vector<FixOutgoing> const&, std::vector<long>&) {
+        waiting = asked->waiting();
+        return FixSendResult::sent;
+    });
+    asked = &queue;
+    std::vector<long> ids;
+    queue.send(messages({"D"}), ids);
+    EXPECT_EQ(waiting, 0u);
+}
+
 // The first send is held until the others wait behind it, so that they go together.
 class SendQueueTogether : public testing::Test {
 protected:
@@ -77,7 +90,9 @@ protected:
         entered.get_future().wait();
         std::thread second(sendAs, "b");
         std::thread third(sendAs, "c");
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        while (queue.waiting() < 2) {
+            std::this_thread::yield();
+        }
         release.set_value();
         first.join();
         second.join();

@@ -265,6 +265,22 @@ TEST(FixSessionFaults, ClosesALinkWhoseFirstBytesAreNoFix) {
     EXPECT_TRUE(pair.ours.waitFor("down"));
 }
 
+TEST(FixSessionFaults, TellsHowMuchACounterpartyHasNotRead) {
+    RawPair pair(Keys{{"SocketSendBufferSize", "4096"}});
+    EXPECT_EQ(pair.us->unsentBytes(), 0u);
+    pair.us->start({});
+    ASSERT_TRUE(pair.peer.accept(4096));
+    ASSERT_FALSE(pair.peer.waitFor("A").empty());
+    pair.peer.send("A", "98=0|108=30|");
+    ASSERT_TRUE(pair.ours.waitFor("on"));
+    FixFields const body = {{148, std::string(1'000'000, 'x')}};
+    ASSERT_EQ(sendOne(*pair.us, "B", body, 500ms), FixSendResult::sent);
+    EXPECT_GT(pair.us->unsentBytes(), 0u);
+    EXPECT_LT(pair.us->unsentBytes(), 1'001'000u);
+    pair.us->stop();
+    EXPECT_EQ(pair.us->unsentBytes(), 0u);
+}
+
 TEST(FixSessionFaults, IsNotBlockedByACounterpartyThatDoesNotRead) {
     RawPair pair(Keys{{"SocketSendBufferSize", "4096"}});
     pair.us->start({});
