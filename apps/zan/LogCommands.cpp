@@ -16,12 +16,12 @@ public:
         app_ = &addCommand(program, "log", "Shows entries of a message log");
         Options options(*app_);
         options.onlyConnection(search_.connection)
-            .text(from_, "--from", timeKind,
+            .text(search_.from, "--from", timeKind,
                   "from this time on: 20261121, 20261121-09:30 or, today, 09:30 (UTC)")
-            .text(to_, "--to", timeKind, "up to this time, included")
+            .text(search_.to, "--to", timeKind, "up to this time, included")
             .text(ids_, "--ids", "IDS", "these ids: 17, 100-200, 100- or -200")
             .stream(stream_)
-            .where(where_)
+            .where(search_.where)
             .text(search_.orderBy, "--order-by", expressionKind,
                   "an expression to sort by; by id without it")
             .flag(search_.newestFirst, "--newest-first", "turn the order round")
@@ -31,8 +31,9 @@ public:
 
     ExitCode run(Context& context) override {
         search_.stream = streamOf(stream_);
-        search_.where = allOf({ids_.empty() ? "" : idCondition(ids_), fromCondition(from_),
-                               toCondition(to_), where_});
+        search_.ids = ids_.empty() ? IdRange() : idRangeOf(ids_);
+        search_.from = timeBeginning(search_.from);
+        search_.to = timeBeginning(search_.to);
         shown_.begin(context);
         Session session(context.settings, context.interrupt);
         search_.connection = session.nameOr(search_.connection);
@@ -44,10 +45,7 @@ public:
 private:
     LogSearch search_;
     std::string stream_ = "all";
-    std::string from_;
-    std::string to_;
     std::string ids_;
-    std::string where_;
     ShownMessages shown_;
 };
 
@@ -89,6 +87,7 @@ private:
         session.engine().retrieveMessageChain(session.ticket(), name_, messages, ids,
                                               clientOrderIds, newestFirst_);
         std::vector<int> found;
+        found.reserve(messages.size());
         for (counted_ptr<ZANMessage> const& message : messages) {
             found.push_back(message->getConnectionMessageId());
         }

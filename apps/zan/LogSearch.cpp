@@ -12,38 +12,78 @@ namespace zan::cli {
 namespace {
 
 // How many messages are asked for at a time.
-constexpr std::size_t atATime = 5000;
+constexpr std::ptrdiff_t atATime = 5000;
 
-struct IdRange {
-    int first;
-    int last;
+std::string conditionOf(IdRange const& range) {
+    return allOf({range.first > 0 ? "id >= " + std::to_string(range.first) : "",
+                  range.last < std::numeric_limits<int>::max()
+                      ? "id <= " + std::to_string(range.last)
+                      : ""});
+}
+
+// Everything that begins with a time comes before that time with a tilde behind it.
+std::string endOf(std::string const& time) {
+    return time + "~";
+}
+
+std::string conditionOf(LogSearch const& what) {
+    return allOf({conditionOf(what.ids), what.from.empty() ? "" : "time >= '" + what.from + "'",
+                  what.to.empty() ? "" : "time <= '" + endOf(what.to) + "'", what.where});
+}
+
+std::string timeOf(Session& session, LogSearch const& what, int id) {
+    std::vector<std::vector<std::string>> table;
+    session.engine().retrieveMessageLogData(session.ticket(), what.connection, -1, "time",
+                                            "id = " + std::to_string(id), "", table);
+    return table.size() > 1 ? table[1].at(0) : "";
+}
+
+// The ids of the log in pieces, in the order in which they are wanted. Notes without a message may
+// lie between the messages, before them and behind them, so the pieces leave no room between them.
+class Pieces {
+public:
+    Pieces(Session& session, LogSearch const& what)
+        : ids_(session.engine().getMessageIds(session.ticket(), what.connection, what.stream,
+                                              false)) {
+        auto begin = std::ranges::lower_bound(ids_, what.ids.first);
+        auto end = std::upper_bound(begin, ids_.end(), what.ids.last);
+        // Times never fall with rising ids, so a few looks find where a time begins.
+        if (!what.from.empty()) {
+            begin = std::partition_point(
+                begin, end, [&](int id) { return timeOf(session, what, id) < what.from; });
+        }
+        if (!what.to.empty()) {
+            end = std::partition_point(
+                begin, end, [&](int id) { return timeOf(session, what, id) <= endOf(what.to); });
+        }
+        divide(begin, end);
+        if (what.newestFirst) {
+            std::ranges::reverse(ranges_);
+        }
+    }
+
+    std::vector<IdRange> const& ranges() const { return ranges_; }
+
+private:
+    using Id = std::vector<int>::const_iterator;
+
+    void divide(Id begin, Id end) {
+        int const last = end == ids_.end() ? std::numeric_limits<int>::max() : *end - 1;
+        int first = begin == ids_.begin() ? 0 : *(begin - 1) + 1;
+        for (; end - begin > atATime; begin += atATime) {
+            ranges_.push_back({first, *(begin + atATime) - 1});
+            first = *(begin + atATime);
+        }
+        ranges_.push_back({first, last});
+    }
+
+    std::vector<int> const ids_;
+    std::vector<IdRange> ranges_;
 };
-
-std::string between(IdRange const& range) {
-    return "id >= " + std::to_string(range.first) + " AND id <= " + std::to_string(range.last);
-}
-
-// The ids of the log in pieces, in the order in which they are wanted. The first and the last piece
-// are open at their ends: notes without a message may lie beyond the messages.
-std::vector<IdRange> pieces(std::vector<int> const& ids, bool newestFirst) {
-    std::vector<IdRange> ranges;
-    for (std::size_t at = 0; at < ids.size(); at += atATime) {
-        bool const isLast = at + atATime >= ids.size();
-        ranges.push_back({at == 0 ? 0 : ids[at],
-                          isLast ? std::numeric_limits<int>::max() : ids[at + atATime] - 1});
-    }
-    if (ranges.empty()) {
-        ranges.push_back({0, std::numeric_limits<int>::max()});
-    }
-    if (newestFirst) {
-        std::ranges::reverse(ranges);
-    }
-    return ranges;
-}
 
 // Sorting is the engine's, over everything at once.
 long searchSorted(Session& session, LogSearch const& what, RowSink const& sink) {
-    std::vector<MessageRow> rows = rowsWhere(session, what, what.where);
+    std::vector<MessageRow> rows = rowsWhere(session, what, conditionOf(what));
     if (what.newestFirst) {
         std::ranges::reverse(rows);
     }
@@ -70,46 +110,37 @@ std::string allOf(std::vector<std::string> const& conditions) {
     return all;
 }
 
-std::string idCondition(std::string const& range) {
+IdRange idRangeOf(std::string const& text) {
     static std::regex const pattern("(\\d{0,9})(-?)(\\d{0,9})");
     std::smatch parts;
-    bool const isRange = std::regex_match(range, parts, pattern) && range != "-" &&
-                         !range.empty() && (parts.length(2) > 0 || parts.length(3) == 0);
+    bool const isRange = std::regex_match(text, parts, pattern) && text != "-" && !text.empty();
     if (!isRange) {
-        throw UsageError("\"" + range +
+        throw UsageError("\"" + text +
                          "\" is no range of ids; 17, 100-200, 100- or -200 would be right");
     }
-    if (parts.length(2) == 0) {
-        return "id = " + range;
+    IdRange range;
+    if (parts.length(1) > 0) {
+        range.first = std::stoi(parts.str(1));
     }
-    return allOf({parts.length(1) > 0 ? "id >= " + parts.str(1) : "",
-                  parts.length(3) > 0 ? "id <= " + parts.str(3) : ""});
-}
-
-bool isTime(std::string const& text) {
-    static std::regex const pattern("\\d{8}(-\\d\\d(:\\d\\d(:\\d\\d(\\.\\d{1,3})?)?)?)?|"
-                                    "\\d\\d:\\d\\d(:\\d\\d(\\.\\d{1,3})?)?");
-    return std::regex_match(text, pattern);
+    if (parts.length(2) == 0) {
+        range.last = range.first;
+    } else if (parts.length(3) > 0) {
+        range.last = std::stoi(parts.str(3));
+    }
+    return range;
 }
 
 std::string timeBeginning(std::string const& text) {
-    if (!isTime(text)) {
+    static std::regex const pattern("(\\d{8}(-\\d\\d(:\\d\\d(:\\d\\d(\\.\\d{1,3})?)?)?)?|"
+                                    "\\d\\d:\\d\\d(:\\d\\d(\\.\\d{1,3})?)?)?");
+    if (!std::regex_match(text, pattern)) {
         throw UsageError("\"" + text +
                          "\" is no time; 20261121, 20261121-09:30:00.123 or, for "
                          "today, 09:30 would be right (UTC)");
     }
     constexpr std::size_t day = 8;
-    bool const hasDay = text.find(':') != 2;
-    return hasDay ? text : infra::Time::now().toString().substr(0, day) + "-" + text;
-}
-
-std::string fromCondition(std::string const& time) {
-    return time.empty() ? "" : "time >= '" + timeBeginning(time) + "'";
-}
-
-// Every time that begins so comes before the beginning with a tilde behind it.
-std::string toCondition(std::string const& time) {
-    return time.empty() ? "" : "time <= '" + timeBeginning(time) + "~'";
+    bool const isOfToday = text.find(':') == 2;
+    return isOfToday ? infra::Time::now().toString().substr(0, day) + "-" + text : text;
 }
 
 std::vector<MessageRow> rowsWhere(Session& session, LogSearch const& what,
@@ -130,15 +161,14 @@ long search(Session& session, LogSearch const& what, Interrupt const& interrupt,
     if (!what.orderBy.empty()) {
         return searchSorted(session, what, sink);
     }
-    std::vector<int> const ids =
-        session.engine().getMessageIds(session.ticket(), what.connection, what.stream, false);
-    std::vector<IdRange> const ranges = pieces(ids, what.newestFirst);
-    Progress progress("searched", ranges.size());
+    Pieces const pieces(session, what);
+    Progress progress("searched", pieces.ranges().size());
+    std::string const condition = conditionOf(what);
     long count = 0;
-    for (IdRange const& range : ranges) {
+    for (IdRange const& range : pieces.ranges()) {
         interrupt.check();
         std::vector<MessageRow> rows =
-            rowsWhere(session, what, allOf({between(range), what.where}));
+            rowsWhere(session, what, allOf({conditionOf(range), condition}));
         if (what.newestFirst) {
             std::ranges::reverse(rows);
         }

@@ -15,9 +15,20 @@
 
 namespace zan::cli {
 
+/// Ends included.
+struct IdRange {
+    int first = 0;
+    int last = std::numeric_limits<int>::max();
+};
+
 struct LogSearch {
     std::string connection;
     long stream = -1;
+    IdRange ids;
+    /// Beginnings of times, see `timeBeginning`; empty: no limit. What begins with `to` is
+    /// included.
+    std::string from;
+    std::string to;
     /// An expression of the engine's; empty: all.
     std::string where;
     /// How many entries at most.
@@ -31,20 +42,12 @@ struct LogSearch {
 /// The conditions that are not empty, all of which have to hold.
 std::string allOf(std::vector<std::string> const& conditions);
 
-/// `id >= from` and `id <= to` for a text such as `100-200`, `100-`, `-200` or `150`. Throws
-/// `UsageError`.
-std::string idCondition(std::string const& range);
+/// The range that a text such as `100-200`, `100-`, `-200` or `150` means. Throws `UsageError`.
+IdRange idRangeOf(std::string const& text);
 
 /// The beginning of a time as the log writes it, `20261121-09:30`; a time without a day is of
-/// today, UTC. Throws `UsageError` for anything else.
+/// today, UTC. Empty for an empty text; throws `UsageError` for anything else.
 std::string timeBeginning(std::string const& text);
-
-/// From the beginning of that time on, and to its end.
-std::string fromCondition(std::string const& time);
-std::string toCondition(std::string const& time);
-
-/// Whether a text is a time for these, and no number.
-bool isTime(std::string const& text);
 
 /// Gets the entries one after the other.
 using RowSink = std::function<void(MessageRow const&)>;
@@ -53,7 +56,8 @@ using RowSink = std::function<void(MessageRow const&)>;
 long search(Session& session, LogSearch const& what, Interrupt const& interrupt,
             RowSink const& sink);
 
-/// The entries of one question to the engine, by ids unless `orderBy` says otherwise.
+/// The entries of one question to the engine: those of the stream of which `where` is true, sorted
+/// by ids unless `orderBy` says otherwise. Nothing else of the search counts.
 std::vector<MessageRow> rowsWhere(Session& session, LogSearch const& what,
                                   std::string const& where);
 

@@ -56,8 +56,12 @@ private:
         LogSearch what;
         what.connection = name;
         what.stream = stream;
-        std::string const end = "id <= " + std::to_string(follower.lastId());
-        what.where = allOf({end, beginning(), where_});
+        what.where = where_;
+        bool const isId =
+            from_.size() < 8 && from_.find_first_not_of("0123456789") == std::string::npos;
+        what.ids = isId && !from_.empty() ? idRangeOf(from_ + "-") : IdRange();
+        what.ids.last = static_cast<int>(follower.lastId());
+        what.from = isId ? "" : timeBeginning(from_);
         std::vector<MessageRow> rows;
         if (from_.empty()) {
             what.newestFirst = true;
@@ -71,12 +75,6 @@ private:
                    [&](MessageRow const& row) { shown_.print(row, context); });
         }
         context.output.flush();
-    }
-
-    std::string beginning() const {
-        bool const isId = !from_.empty() && from_.size() < 8 &&
-                          from_.find_first_not_of("0123456789") == std::string::npos;
-        return isId ? idCondition(from_ + "-") : fromCondition(from_);
     }
 
     [[noreturn]] void follow(Session& session, std::string const& name, LogFollower& follower,

@@ -34,6 +34,9 @@ PLACES = {
     "microhttpd.h": ["server/metrics/"],
     "prometheus/": ["server/metrics/"],
     "nats/": ["transports/nats/"],
+    "CLI/": ["apps/zan/"],
+    "nlohmann/": ["apps/zan/", "tests/apps/zan/"],
+    "libxml/": ["server/dictionaries/"],
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]', re.MULTILINE)
 

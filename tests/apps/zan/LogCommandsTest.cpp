@@ -81,6 +81,22 @@ TEST_F(LogCommands, FollowTheChainOfAnOrder) {
     EXPECT_EQ(column({"chain", "C", "#" + id.substr(0, id.size() - 1)}, "type"), "D 8 8 8 ");
 }
 
+TEST_F(LogCommands, TakeAPartOfATimeForAllThatBeginsWithIt) {
+    auto const rows = objects(zan({"--json", "log"}).output);
+    std::string const time = rows[3]["time"].get<std::string>();
+    std::string const all = column({"log"}, "id");
+    EXPECT_EQ(column({"log", "--from", time.substr(0, 8), "--to", time.substr(0, 8)}, "id"), all);
+    std::string exactly;
+    for (auto const& row : rows) {
+        exactly += row["time"] == time ? row["id"].dump() + " " : "";
+    }
+    EXPECT_EQ(column({"log", "--from", time, "--to", time}, "id"), exactly);
+    EXPECT_EQ(column({"log", "--from", time, "--to", time, "--stream", "app-out", "--newest-first",
+                      "--where", "type = '0'"},
+                     "id"),
+              "");
+}
+
 TEST_F(LogCommands, EndWhenNobodyReadsThem) {
     ProgramRun run(settings({"log"}));
     run.closeOutput();
