@@ -65,6 +65,8 @@ void Arguments::addGlobalOptions() {
         .text(options_.dictionary, "--dictionary", fileKind,
               "names and groups, in QuickFIX's XML format")
         .choice(options_.color, "--color", "auto|always|never", "colours: auto, always or never")
+        .choice(options_.diagnostics, "--diagnostics", "debug|info|warning|error",
+                "what the engine tells of itself, from this level on, on standard error")
         .flag(options_.isJson, "--json", "one object of JSON a line")
         .flag(options_.isRaw, "--raw",
               "the bytes of the messages alone, a message a line; on a terminal with | for SOH")

@@ -18,6 +18,7 @@ struct GlobalOptions {
     std::string config;
     std::string color = "auto";
     std::string dictionary;
+    std::string diagnostics;
     bool isJson = false;
     bool isRaw = false;
 };

@@ -7,7 +7,10 @@
 #include "apps/zan/Settings.h"
 #include "apps/zan/Terminal.h"
 
+#include "infra/Diagnostics.h"
+
 #include <iostream>
+#include <map>
 #include <ostream>
 
 #include <unistd.h>
@@ -31,8 +34,26 @@ int ending(std::exception const& failure) {
     return static_cast<int>(code);
 }
 
+// The engine may tell something on any of its threads.
+void showDiagnostics(std::string const& lowest) {
+    std::map<std::string, DiagnosticLevel> const levels = {{"debug", DiagnosticLevel::Debug},
+                                                           {"info", DiagnosticLevel::Info},
+                                                           {"warning", DiagnosticLevel::Warning},
+                                                           {"error", DiagnosticLevel::Error}};
+    auto const level = levels.find(lowest);
+    if (level == levels.end()) {
+        return;
+    }
+    auto const sink = [](DiagnosticLevel of, std::string const& category, std::string const& text) {
+        std::cerr << std::string(levelName(of)) + " " + printable(category + ": " + text) + "\n"
+                  << std::flush;
+    };
+    setDiagnosticSink(sink, level->second);
+}
+
 int run(Arguments const& arguments, std::ostream& out) {
     Interrupt interrupt;
+    showDiagnostics(arguments.options().diagnostics);
     Output output(out, outputSettings(arguments.options()));
     try {
         Settings const settings = resolve(arguments.options(), environment);

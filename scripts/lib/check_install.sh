@@ -74,6 +74,12 @@ if [[ -f $modules/libembeddedengineadapter.so ]]; then
     quietly g++ -std=c++17 "$ROOT/examples/order/order.cpp" -o "$work/order" "${flags[@]}" \
         -Wl,-rpath,"$libdir"
     quietly "$work/order"
+    say "the command-line client, its manual page and its completions"
+    quietly "$prefix/bin/zan" --url embedded:demo doctor --logon
+    for guide in man/man1/zan.1 bash-completion/completions/zan zsh/site-functions/_zan \
+        fish/vendor_completions.d/zan.fish; do
+        [[ -s $prefix/share/$guide ]] || fail "share/$guide is not installed"
+    done
 fi
 for installed in "$modules"/*.so "$prefix"/bin/*; do
     [[ -e $installed ]] || continue

@@ -28,6 +28,14 @@ TEST_F(ConnectionCommands, ShowTheStateAfterALogonAndLogOutAgain) {
     EXPECT_FALSE(counterparty_->waitForLine("|35=5|").empty());
 }
 
+TEST_F(ConnectionCommands, ShowWhatTheEngineTellsOfItself) {
+    useCounterparty();
+    RunResult const run = zan({"--diagnostics", "info", "ping", "C"});
+    EXPECT_EQ(run.code, 0);
+    EXPECT_NE(run.errors.find("INFO "), std::string::npos) << run.errors;
+    EXPECT_EQ(zan({"--diagnostics", "error", "ping", "C"}).errors, "");
+}
+
 TEST_F(ConnectionCommands, StayConnectedUntilCtrlC) {
     useCounterparty();
     ProgramRun run(settings({"connect", "--stay"}, 120));
