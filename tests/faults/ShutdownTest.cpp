@@ -4,6 +4,7 @@
 #include "guaranteed/ZANGuaranteedEngineMessageListener.h"
 #include "infra/WrongConfigurationException.h"
 #include "support/CapturedOutput.h"
+#include "support/Ender.h"
 
 #include <atomic>
 #include <future>
@@ -13,44 +14,19 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Ends the engine with the first report that it gets.
-class Ender : public IZANEventListener {
-public:
-    std::atomic<bool> hasEnded{false};
-    std::atomic<bool> hasFailed{false};
-
-    void processEvent(counted_ptr<ZANEvent> event) override {
-        std::string const type =
-            event->getMessage()->getFieldGroup()->getField(35)->getValue().asString();
-        if (type == "8" && !isEnding_.exchange(true)) {
-            try {
-                ZANEngineProxy::uninitialize();
-            } catch (std::exception const&) {
-                hasFailed = true;
-            }
-            hasEnded = true;
-        }
-    }
-    void processStateEvent(counted_ptr<ZANConnectionStateEvent>) override {}
-
-private:
-    std::atomic<bool> isEnding_{false};
-};
-
 class ShutdownTest : public FaultTest {
 protected:
     void SetUp() override {
         FaultTest::SetUp();
         startAndConnect();
-        ender_ = new Ender;
-        recorders_.push_back(counted_ptr<IZANEventListener>(ender_));
+        ender_ = counted_ptr<IZANEventListener>(new Ender(ending_));
     }
 
     /// After a listener has ended the engine, everything of it is gone, and a new one can be.
     void expectEndedByTheListener() {
         engine().sendMessage(me, "C", order("last"));
-        ASSERT_TRUE(eventually([this] { return ender_->hasEnded.load(); }));
-        EXPECT_FALSE(ender_->hasFailed);
+        ASSERT_TRUE(eventually([this] { return ending_->hasEnded.load(); }));
+        EXPECT_FALSE(ending_->hasFailed);
         EXPECT_FALSE(ZANEngineProxy::isInitialized());
         ASSERT_TRUE(eventually([this] {
             try {
@@ -65,23 +41,27 @@ protected:
         EXPECT_EQ(ordersInLog().size(), 1u);
     }
 
-    Ender* ender_ = nullptr;
+    std::shared_ptr<Ending> const ending_ = std::make_shared<Ending>();
+    counted_ptr<IZANEventListener> ender_;
 };
 
 TEST_F(ShutdownTest, MayBeAskedForByADirectListener) {
-    engine().subscribeDirect(me, "C", false, true, false, recorders_.back());
+    engine().subscribeDirect(me, "C", false, true, false, ender_);
+    ender_.reset();
     expectEndedByTheListener();
 }
 
 TEST_F(ShutdownTest, MayBeAskedForByAGuaranteedListener) {
     counted_ptr<ZANGuaranteedEngineMessageListener> listener(
-        new ZANGuaranteedEngineMessageListener(recorders_.back()));
+        new ZANGuaranteedEngineMessageListener(ender_));
     engine().subscribeDirect(me, "C", false, true, false, listener);
     expectEndedByTheListener();
 }
 
 TEST_F(ShutdownTest, MayBeAskedForByAListenerOfTheFacade) {
-    engine().subscribe(me, recorders_.back(), "C", ZANEngineDefs::APP_EVENT_TYPE);
+    engine().subscribe(me, ender_, "C", ZANEngineDefs::APP_EVENT_TYPE);
+    // From here on it is the engine's alone, which lets go of it on another thread.
+    ender_.reset();
     expectEndedByTheListener();
 }
 
@@ -90,10 +70,10 @@ TEST_F(ShutdownTest, MayBeAskedForDuringARedelivery) {
     send(20);
     ASSERT_TRUE(recorder.waitFor(isReport, 20));
     counted_ptr<ZANGuaranteedEngineMessageListener> listener(
-        new ZANGuaranteedEngineMessageListener(recorders_.front()));
+        new ZANGuaranteedEngineMessageListener(ender_));
     engine().subscribeDirect(me, "C", false, true, false, listener);
     listener->retrievePotentiallyLostMessages();
-    EXPECT_TRUE(eventually([this] { return ender_->hasEnded.load(); }));
+    EXPECT_TRUE(eventually([this] { return ending_->hasEnded.load(); }));
     EXPECT_FALSE(ZANEngineProxy::isInitialized());
 }
 

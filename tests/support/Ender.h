@@ -1,0 +1,43 @@
+/// A listener that ends the engine, as applications may.
+#ifndef ZANENGINE_TESTS_SUPPORT_ENDER_H
+#define ZANENGINE_TESTS_SUPPORT_ENDER_H
+
+#include "zanengine.h"
+
+#include <atomic>
+#include <exception>
+#include <memory>
+#include <utility>
+
+/// What the listener tells. It outlives the listener, which goes with the engine.
+struct Ending {
+    std::atomic<bool> hasBegun{false};
+    std::atomic<bool> hasEnded{false};
+    std::atomic<bool> hasFailed{false};
+};
+
+/// Ends the engine with the first event that it gets. The last handle of it belongs to the engine,
+/// which lets go of it on a thread of its own: a test keeps none.
+class Ender : public IZANEventListener {
+public:
+    explicit Ender(std::shared_ptr<Ending> ending) : ending_(std::move(ending)) {}
+
+    void processEvent(counted_ptr<ZANEvent>) override {
+        if (ending_->hasBegun.exchange(true)) {
+            return;
+        }
+        try {
+            ZANEngineProxy::uninitialize();
+            ZANEngineProxy::uninitialize();
+        } catch (std::exception const&) {
+            ending_->hasFailed = true;
+        }
+        ending_->hasEnded = true;
+    }
+    void processStateEvent(counted_ptr<ZANConnectionStateEvent>) override {}
+
+private:
+    std::shared_ptr<Ending> ending_;
+};
+
+#endif
