@@ -15,6 +15,7 @@ constexpr long allStreams = -1;
 LogFollower::LogFollower(Session& session, std::string connection, long stream, std::string where)
     : session_(session), connection_(std::move(connection)), stream_(stream),
       where_(std::move(where)) {
+    checkExpression(session_, connection_, where_);
     std::vector<int> const ids =
         session_.engine().getMessageIds(session_.ticket(), connection_, allStreams, true);
     lastId_ = ids.empty() ? 0 : ids.front();

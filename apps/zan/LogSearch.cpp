@@ -143,6 +143,14 @@ std::string timeBeginning(std::string const& text) {
     return isOfToday ? infra::Time::now().toString().substr(0, day) + "-" + text : text;
 }
 
+// No entry has the id 0, so nothing is looked through.
+void checkExpression(Session& session, std::string const& connection,
+                     std::string const& expression) {
+    std::vector<counted_ptr<ZANMessage>> none;
+    session.engine().retrieveMessagesByIdRange(session.ticket(), connection, none, -1, 0, 0,
+                                               expression, false);
+}
+
 std::vector<MessageRow> rowsWhere(Session& session, LogSearch const& what,
                                   std::string const& where) {
     std::vector<std::vector<std::string>> table;
@@ -158,6 +166,7 @@ std::vector<MessageRow> rowsWhere(Session& session, LogSearch const& what,
 
 long search(Session& session, LogSearch const& what, Interrupt const& interrupt,
             RowSink const& sink) {
+    checkExpression(session, what.connection, what.where);
     if (!what.orderBy.empty()) {
         return searchSorted(session, what, sink);
     }

@@ -49,6 +49,11 @@ IdRange idRangeOf(std::string const& text);
 /// today, UTC. Empty for an empty text; throws `UsageError` for anything else.
 std::string timeBeginning(std::string const& text);
 
+/// Lets the engine look at an expression alone, so that what it says of a wrong one is about the
+/// text that was given. Throws what the engine throws.
+void checkExpression(Session& session, std::string const& connection,
+                     std::string const& expression);
+
 /// Gets the entries one after the other.
 using RowSink = std::function<void(MessageRow const&)>;
 

@@ -130,7 +130,12 @@ INSTANTIATE_TEST_SUITE_P(
         Failure{"Refused", {"connect", "C"}, 4, "refused"},
         Failure{"NotConnected", {"send", "C", "--admin", "35=1|112=x"}, 4, "refused"},
         Failure{"UnknownConnection", {"state", "X"}, 6, "X"},
-        Failure{"BadExpression", {"log", "C", "--where", "nosuch = 1"}, 8, "nosuch"},
+        Failure{"BadExpression",
+                {"log", "C", "--from", "09:30", "--where", "seq = 1 AND nosuch = 1"},
+                8,
+                "position 13 of \"seq = 1 AND nosuch = 1\""},
+        Failure{
+            "BadFilter", {"tail", "C", "--where", "nosuch = 1"}, 8, "position 1 of \"nosuch = 1\""},
         Failure{"NoMessage", {"decode", "/dev/null"}, 8, "there is no FIX message in the input"},
         Failure{"NoFile", {"decode", "/none"}, 9, "/none cannot be read: No such file"}),
     [](auto const& each) { return each.param.name; });
