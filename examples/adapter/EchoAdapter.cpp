@@ -95,7 +95,9 @@ long EchoAdapter::echo(Name const& name, counted_ptr<ZANFieldGroup> body) {
     body->setFieldValue(16580, id);
     body->setFieldValue(16577, static_cast<double>(infra::Time::now().getMillis()));
     counted_ptr<ZANMessage> message(new ZANMessage(std::move(body)));
-    delivery_.post(counted_ptr<ZANEvent>(new ZANAppMessageEvent(name, std::move(message))));
+    // A statement of its own: what it lets go of is let go before the event is handed over.
+    counted_ptr<ZANEvent> event(new ZANAppMessageEvent(name, std::move(message)));
+    delivery_.post(std::move(event));
     return id;
 }
 

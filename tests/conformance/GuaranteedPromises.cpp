@@ -18,7 +18,7 @@ using Guaranteed = counted_ptr<ZANGuaranteedEngineMessageListener>;
 constexpr auto toThem = ZANGuaranteedEngineMessageListener::APP_MSG_TO_COUNTERPARTY;
 
 /// A guaranteed listener on application messages and states that were sent, and where its events
-/// go. It must end before the facade does.
+/// go. The facade ends with it.
 struct Desk {
     explicit Desk(Trial& itsTrial, UserTicket const& ticket = Trial::me)
         : trial(itsTrial), recorder(new EventRecorder),
@@ -29,11 +29,8 @@ struct Desk {
     }
     Desk(Desk const&) = delete;
     Desk& operator=(Desk const&) = delete;
-    ~Desk() {
-        if (ZANEngineProxy::isInitialized()) {
-            Trial::engine().destroyDirectSubscriber(listener);
-        }
-    }
+    // Counts are plain: the listener may go when no event can be on its way to it.
+    ~Desk() { ZANEngineProxy::uninitialize(); }
 
     ZANGMLAdapter& adapter() { return listener->getAdapter(); }
 

@@ -61,24 +61,38 @@ void stopsWhileEventsWait(Trial& trial) {
     EXPECT_EQ(late, 0) << "events came after the stop";
 }
 
+// A direct listener: the facade is gone when its `uninitialize` returns, while one that stops it
+// inside of its own dispatch keeps it until the dispatch is done.
 void mayBeStoppedByAListener(Trial& trial) {
     trial.connect();
-    EventRecorder& recorder = trial.listen();
-    std::atomic<bool> isBegun{false};
-    std::atomic<bool> isEnded{false};
-    recorder.onEvent = [&] {
-        if (!isBegun.exchange(true)) {
-            ZANEngineProxy::uninitialize();
-            ZANEngineProxy::uninitialize();
-            isEnded = true;
+    std::atomic<bool> isSent{false};
+    std::atomic<bool> isStopped{false};
+    EventRecorder& recorder = trial.record([&] {
+        // Nobody else may use the facade while it is stopped.
+        while (!isSent) {
+            std::this_thread::yield();
         }
-    };
+        if (!isStopped) {
+            ZANEngineProxy::uninitialize();
+            ZANEngineProxy::uninitialize();
+            isStopped = true;
+        }
+    });
     trial.send(trial.newId());
-    EXPECT_TRUE(trial.eventually([&] { return isEnded.load(); }));
+    isSent = true;
+    EXPECT_TRUE(trial.eventually([&] { return isStopped.load(); }));
     EXPECT_FALSE(ZANEngineProxy::isInitialized());
-    EXPECT_TRUE(trial.eventually([&] { return !recorder.events().empty(); }));
-    // The listener's thread comes home through the adapter.
-    std::this_thread::sleep_for(100ms);
+    // What the adapter has may stay taken until the listener's thread is done.
+    EXPECT_TRUE(trial.eventually([&] {
+        try {
+            trial.restart();
+            return true;
+        } catch (InfraException const&) {
+            return false;
+        }
+    }));
+    trial.connect();
+    EXPECT_FALSE(recorder.events().empty());
 }
 
 } // namespace
@@ -96,7 +110,7 @@ Promises lifeCyclePromises() {
          stopsWhileEventsWait},
         {"LifeCycle",
          "MayBeStoppedByAListener",
-         {A::Connections, A::Sending, A::Events, A::StopInListener},
+         {A::Connections, A::Sending, A::Events, A::Direct, A::StopInListener},
          mayBeStoppedByAListener},
     };
 }

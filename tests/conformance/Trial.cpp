@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <thread>
+#include <utility>
 
 namespace zan::conformance {
 
@@ -71,8 +72,9 @@ EventRecorder& Trial::listen(std::string const& type) {
     return recorder;
 }
 
-EventRecorder& Trial::record() {
+EventRecorder& Trial::record(std::function<void()> onEvent) {
     EventRecorder& recorder = keep(new EventRecorder);
+    recorder.onEvent = std::move(onEvent);
     engine().subscribeDirect(me, name_, true, true, true, recorders_.back());
     return recorder;
 }

@@ -74,8 +74,8 @@ public:
     /// A listener of the facade, for application messages.
     EventRecorder& listen(std::string const& type = ZANEngineDefs::APP_EVENT_TYPE);
 
-    /// A listener straight at the adapter, for events of all kinds.
-    EventRecorder& record();
+    /// A listener straight at the adapter, for events of all kinds. `onEvent` runs with each.
+    EventRecorder& record(std::function<void()> onEvent = nullptr);
 
     /// True when an event of this ClOrdID and number has come, or comes in time.
     bool waitForOrder(EventRecorder& recorder, std::string const& id, long number);

@@ -1,6 +1,7 @@
 // The module behind `fault:` URLs: `fault:any?inner=embedded:demo&script=/etc/faults`.
 #include "adapter/AbiMark.h"
 #include "adapter/AdapterModule.h"
+#include "conformance/EmptyConfigProvider.h"
 #include "conformance/FaultAdapter.h"
 #include "infra/DynamicMethod.h"
 #include "infra/WrongConfigurationException.h"
@@ -9,19 +10,6 @@ namespace {
 
 using namespace zan::conformance;
 using CreateAdapter = counted_ptr<IZANEngineAdapter> (*)(Url const&);
-
-class UrlProperties final : public IZANEngineConfigProvider {
-public:
-    explicit UrlProperties(Url const& url) : url_(url) {}
-
-    std::string getProperty(std::string const& name,
-                            std::string const& defaultValue) const override {
-        return url_.getParameter(name, defaultValue);
-    }
-
-private:
-    Url const url_;
-};
 
 // The library's rule for modules, by its public parts.
 counted_ptr<IZANEngineAdapter> innerAdapter(Url const& url) {
@@ -45,9 +33,9 @@ counted_ptr<IZANEngineAdapter> makeFaultAdapter(Url const& url) {
                                                            "fault:any?inner=embedded:demo&script="
                                                            "<file> would be right");
     }
-    return counted_ptr<IZANEngineAdapter>(new FaultAdapter(
-        counted_ptr<IZANEngineConfigProvider>(new UrlProperties(url)), innerAdapter(Url(inner)),
-        script.empty() ? FaultScript() : FaultScript::read(script)));
+    return counted_ptr<IZANEngineAdapter>(
+        new FaultAdapter(emptyConfigProvider(), innerAdapter(Url(inner)),
+                         script.empty() ? FaultScript() : FaultScript::read(script)));
 }
 
 } // namespace

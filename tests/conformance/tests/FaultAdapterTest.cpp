@@ -1,7 +1,6 @@
 // The fault adapter in front of a recording one: what it forwards, and what goes wrong on the way.
 #include "conformance/FaultAdapter.h"
 
-#include "adapter/IZANEngineAdapterFactory.h"
 #include "conformance/EmptyConfigProvider.h"
 #include "conformance/EventRecorder.h"
 #include "conformance/RecordingAdapter.h"
@@ -11,6 +10,7 @@
 #include "events/ZANAppMessageEvent.h"
 #include "events/ZANEngineDefs.h"
 #include "infra/WrongConfigurationException.h"
+#include "support/TestFactory.h"
 
 #include <gtest/gtest.h>
 
@@ -23,17 +23,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
-
-class Factory : public IZANEngineAdapterFactory {
-public:
-    explicit Factory(counted_ptr<IZANEngineAdapter> adapter) : adapter_(adapter) {}
-    counted_ptr<IZANEngineAdapter> createAdapter(counted_ptr<IZANEngineConfigProvider>) override {
-        return adapter_;
-    }
-
-private:
-    counted_ptr<IZANEngineAdapter> adapter_;
-};
 
 class FaultAdapterTest : public testing::Test {
 protected:
@@ -48,7 +37,7 @@ protected:
             new FaultAdapter(emptyConfigProvider(), counted_ptr<IZANEngineAdapter>(inner_),
                              FaultScript(script, "script")));
         ZANEngineProxy::initialize(emptyConfigProvider(),
-                                   counted_ptr<IZANEngineAdapterFactory>(new Factory(adapter)));
+                                   counted_ptr<IZANEngineAdapterFactory>(new TestFactory(adapter)));
         engine().isConnected(me_, "fault.A");
         inner_->forgetCalls();
     }
