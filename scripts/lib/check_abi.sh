@@ -5,7 +5,7 @@
 # this library. With --keep it writes that description anew, as a release does.
 set -euo pipefail
 source "$(dirname "$0")/common.sh"
-kept=$ROOT/packaging/abi/libzanengine.abi
+kept=$ROOT/packaging/abi/libzanengine.abi.gz
 cd "$ROOT"
 
 # describe <source tree> <build tree> <file>: builds the library alone, with the debug information
@@ -23,17 +23,20 @@ describe() {
     cmake --install "$2" --prefix "$2/headers" >/dev/null
     abidw --headers-dir "$2/headers/include/zanengine" --drop-private-types --no-corpus-path \
         --no-comp-dir-path --no-show-locs --out-file "$3" "$2/lib/libzanengine.so"
+    sed -i "s|$(realpath "$1")/||g" "$3"
 }
 
 mkdir -p build/abi
 describe "$ROOT" build/abi/now build/abi/now.abi
 if [[ ${1-} == --keep ]]; then
-    cp build/abi/now.abi "$kept"
-    say "wrote packaging/abi/libzanengine.abi"
+    mkdir -p "$(dirname "$kept")"
+    gzip -9n <build/abi/now.abi >"$kept"
+    say "wrote packaging/abi/libzanengine.abi.gz"
     exit 0
 fi
 
-before=$kept
+before=build/abi/before.abi
+gunzip -c "$kept" >"$before"
 tag=$(git describe --tags --match 'v[0-9]*' --abbrev=0 2>/dev/null || true)
 if [[ -n $tag ]]; then
     before=build/abi/$tag.abi
