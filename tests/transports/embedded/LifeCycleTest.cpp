@@ -66,25 +66,6 @@ TEST_F(LifeCycleTest, MayBeEndedByADirectListener) {
     engine().connect(me, "C");
 }
 
-TEST_F(LifeCycleTest, MayBeEndedByAListenerOfTheFacade) {
-    startAndConnect();
-    std::atomic<bool> isEnded{false};
-    auto* const recorder = new EventRecorder;
-    recorder->onEvent = [&] {
-        if (!isEnded) {
-            ZANEngineProxy::uninitialize();
-            isEnded = true;
-        }
-    };
-    counted_ptr<IZANEventListener> listener(recorder);
-    engine().subscribe(me, listener, "C", ZANEngineDefs::APP_EVENT_TYPE);
-    engine().sendMessage(me, "C", order("x"));
-    EXPECT_TRUE(eventually([&] { return isEnded.load(); }));
-    EXPECT_FALSE(ZANEngineProxy::isInitialized());
-    EXPECT_TRUE(eventually([&] { return !recorder->events().empty(); }));
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-}
-
 TEST_F(LifeCycleTest, StopsInTimeWhenTheCounterpartyIsMute) {
     startAndConnect({"--mute"});
     auto const before = Clock::now();
