@@ -5,7 +5,7 @@
 #include "infra/Time.h"
 
 #include <algorithm>
-#include <regex>
+#include <string_view>
 
 namespace zan::cli {
 
@@ -29,6 +29,22 @@ std::string endOf(std::string const& time) {
 std::string conditionOf(LogSearch const& what) {
     return allOf({conditionOf(what.ids), what.from.empty() ? "" : "time >= '" + what.from + "'",
                   what.to.empty() ? "" : "time <= '" + endOf(what.to) + "'", what.where});
+}
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool isShortNumber(std::string const& text) {
+    return text.size() < 10 && std::ranges::all_of(text, isDigit);
+}
+
+// Whether the text is the beginning of something like the shape, in which 0 stands for any digit.
+bool hasShape(std::string const& text, std::string const& shape) {
+    return text.size() <= shape.size() &&
+           std::ranges::equal(text, shape.substr(0, text.size()), [](char given, char wanted) {
+               return wanted == '0' ? isDigit(given) : given == wanted;
+           });
 }
 
 std::string timeOf(Session& session, LogSearch const& what, int id) {
@@ -111,36 +127,37 @@ std::string allOf(std::vector<std::string> const& conditions) {
 }
 
 IdRange idRangeOf(std::string const& text) {
-    static std::regex const pattern("(\\d{0,9})(-?)(\\d{0,9})");
-    std::smatch parts;
-    bool const isRange = std::regex_match(text, parts, pattern) && text != "-" && !text.empty();
-    if (!isRange) {
+    std::size_t const dash = text.find('-');
+    std::string const first = text.substr(0, dash);
+    std::string const last = dash == std::string::npos ? first : text.substr(dash + 1);
+    if (!isShortNumber(first) || !isShortNumber(last) || first + last == "") {
         throw UsageError("\"" + text +
                          "\" is no range of ids; 17, 100-200, 100- or -200 would be right");
     }
     IdRange range;
-    if (parts.length(1) > 0) {
-        range.first = std::stoi(parts.str(1));
-    }
-    if (parts.length(2) == 0) {
-        range.last = range.first;
-    } else if (parts.length(3) > 0) {
-        range.last = std::stoi(parts.str(3));
-    }
+    range.first = first.empty() ? range.first : std::stoi(first);
+    range.last = last.empty() ? range.last : std::stoi(last);
     return range;
 }
 
 std::string timeBeginning(std::string const& text) {
-    static std::regex const pattern("(\\d{8}(-\\d\\d(:\\d\\d(:\\d\\d(\\.\\d{1,3})?)?)?)?|"
-                                    "\\d\\d:\\d\\d(:\\d\\d(\\.\\d{1,3})?)?)?");
-    if (!std::regex_match(text, pattern)) {
+    constexpr std::string_view ofADay = "00:00:00.000";
+    constexpr std::size_t day = 9; // with the dash behind it
+    bool const isOfToday = text.find(':') == 2;
+    std::string const whole =
+        isOfToday ? infra::Time::now().toString().substr(0, day) + text : text;
+    std::string_view const hours = std::string_view(whole).substr(std::min(whole.size(), day));
+    // Two digits stand together, but for those behind the point.
+    bool const isWhole = hours.size() % 3 == 2 || hours.size() > ofADay.find('.');
+    bool const isTime =
+        hasShape(whole, "00000000-" + std::string(ofADay)) &&
+        (whole.empty() || whole.size() == day - 1 || (isWhole && whole.size() > day));
+    if (!isTime || whole.ends_with('.')) {
         throw UsageError("\"" + text +
                          "\" is no time; 20261121, 20261121-09:30:00.123 or, for "
                          "today, 09:30 would be right (UTC)");
     }
-    constexpr std::size_t day = 8;
-    bool const isOfToday = text.find(':') == 2;
-    return isOfToday ? infra::Time::now().toString().substr(0, day) + "-" + text : text;
+    return whole;
 }
 
 // No entry has the id 0, so nothing is looked through.
