@@ -7,18 +7,12 @@ def load(_, path):
 
 
 def copy(_, pattern, src, dst):
-    """As Conan's: the files below `src` whose path fits the pattern, with their folders."""
-    for path in pathlib.Path(src).rglob("*"):
-        relative = path.relative_to(src)
-        fits = relative.match(pattern) if "*" not in pattern else _fits(relative, pattern)
-        if path.is_file() and fits:
-            target = pathlib.Path(dst) / relative
+    """As Conan's: the files that fit the pattern, with their folders; `*` stands for folders too."""
+    src = pathlib.Path(src).resolve()
+    folder, _, name = pattern.rpartition("/")
+    found = (src / folder).rglob(name) if folder else src.glob(name)
+    for path in found:
+        if path.is_file():
+            target = pathlib.Path(dst) / path.relative_to(src)
             target.parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(path, target)
-
-
-def _fits(relative, pattern):
-    folder, _, name = pattern.rpartition("/")
-    if folder:
-        return relative.parts[0] == folder
-    return len(relative.parts) == 1 and relative.match(name)
