@@ -20,14 +20,15 @@ char const* const usage =
     R"(zan-conformance <url>: tests the adapter that the URL starts.
 
   --abilities LIST   what it can do (all), with commas between: all, none, -name to take away,
-                     or some of )";
-char const* const moreUsage = R"(
-  --connection NAME  the connection that is tested (the first one that the adapter names)
+                     or some of
+)";
+char const* const moreUsage =
+    R"(  --connection NAME  the connection that is tested (the first one that the adapter names)
   --help             this text
 
 What an absent ability excludes is shown as skipped. The options of GoogleTest are understood, for
-example --gtest_filter=*Events*. The exit status is the number of failures, 100 at most, and 120 when
-it was called in a wrong way.
+example --gtest_filter=*Events*. The exit status is the number of failures, 100 at most, and 120
+when it was called in a wrong way.
 )";
 
 struct Options {
@@ -36,12 +37,15 @@ struct Options {
     Abilities abilities = Abilities::all();
 };
 
+// A few on each line.
 std::string namesOfAbilities() {
     std::string names;
+    int count = 0;
     for (Ability const each : everyAbility()) {
-        names += (names.empty() ? "" : ", ") + nameOf(each);
+        names += count++ % 6 == 0 ? "                       " : " ";
+        names += nameOf(each) + (count % 6 == 0 ? "\n" : "");
     }
-    return names;
+    return names.ends_with('\n') ? names : names + "\n";
 }
 
 void set(Options& options, std::string const& name, std::string const& value) {
