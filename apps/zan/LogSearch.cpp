@@ -130,7 +130,7 @@ IdRange idRangeOf(std::string const& text) {
     std::size_t const dash = text.find('-');
     std::string const first = text.substr(0, dash);
     std::string const last = dash == std::string::npos ? first : text.substr(dash + 1);
-    if (!isShortNumber(first) || !isShortNumber(last) || first + last == "") {
+    if (!isShortNumber(first) || !isShortNumber(last) || (first.empty() && last.empty())) {
         throw UsageError("\"" + text +
                          "\" is no range of ids; 17, 100-200, 100- or -200 would be right");
     }
@@ -144,8 +144,7 @@ std::string timeBeginning(std::string const& text) {
     constexpr std::string_view ofADay = "00:00:00.000";
     constexpr std::size_t day = 9; // with the dash behind it
     bool const isOfToday = text.find(':') == 2;
-    std::string const whole =
-        isOfToday ? infra::Time::now().toString().substr(0, day) + text : text;
+    std::string whole = isOfToday ? infra::Time::now().toString().substr(0, day) + text : text;
     std::string_view const hours = std::string_view(whole).substr(std::min(whole.size(), day));
     // Two digits stand together, but for those behind the point.
     bool const isWhole = hours.size() % 3 == 2 || hours.size() > ofADay.find('.');
