@@ -1,10 +1,12 @@
 #include "events/ZANAppMessageEvent.h"
 
+#include <utility>
+
 ZANAppMessageEvent::ZANAppMessageEvent(std::string const& connectionName,
                                        counted_ptr<ZANMessage> message)
-    : ZANEvent(connectionName, message, false) {}
+    : ZANEvent(connectionName, std::move(message), false) {}
 
 ZANAppMessageEvent::ZANAppMessageEvent(char const* connectionName, counted_ptr<ZANMessage> message)
-    : ZANEvent(connectionName, message, false) {}
+    : ZANEvent(connectionName, std::move(message), false) {}
 
 ZANAppMessageEvent::~ZANAppMessageEvent() = default;

@@ -1,12 +1,14 @@
 #include "events/ZANConnectionStateEvent.h"
 
+#include <utility>
+
 ZANConnectionStateEvent::ZANConnectionStateEvent(std::string const& connectionName,
                                                  counted_ptr<ZANConnectionState> state)
-    : ZANEvent(connectionName), connectionState_(state) {}
+    : ZANEvent(connectionName), connectionState_(std::move(state)) {}
 
 ZANConnectionStateEvent::ZANConnectionStateEvent(char const* connectionName,
                                                  counted_ptr<ZANConnectionState> state)
-    : ZANEvent(connectionName), connectionState_(state) {}
+    : ZANEvent(connectionName), connectionState_(std::move(state)) {}
 
 ZANConnectionStateEvent::~ZANConnectionStateEvent() = default;
 
@@ -15,5 +17,5 @@ counted_ptr<ZANConnectionState> ZANConnectionStateEvent::getConnectionState() {
 }
 
 void ZANConnectionStateEvent::setConnectionState(counted_ptr<ZANConnectionState> state) {
-    connectionState_ = state;
+    connectionState_ = std::move(state);
 }

@@ -3,12 +3,13 @@
 #include "events/ZANConnectionStateEvent.h"
 
 #include <ostream>
+#include <utility>
 
 ZANEvent::ZANEvent(std::string const& connectionName, counted_ptr<ZANMessage> message, bool admin)
-    : admin_(admin), message_(message), connectionName_(connectionName) {}
+    : admin_(admin), message_(std::move(message)), connectionName_(connectionName) {}
 
 ZANEvent::ZANEvent(char const* connectionName, counted_ptr<ZANMessage> message, bool admin)
-    : admin_(admin), message_(message), connectionName_(connectionName) {}
+    : admin_(admin), message_(std::move(message)), connectionName_(connectionName) {}
 
 ZANEvent::ZANEvent(std::string const& connectionName)
     : admin_(false), connectionName_(connectionName) {}
@@ -30,7 +31,7 @@ bool ZANEvent::isAdmin() const {
 }
 
 void ZANEvent::setMessage(counted_ptr<ZANMessage> message) {
-    message_ = message;
+    message_ = std::move(message);
 }
 
 void ZANEvent::setConnectionName(std::string const& connectionName) {
