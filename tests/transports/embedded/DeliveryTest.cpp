@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <map>
+#include <memory>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -92,9 +93,10 @@ TEST_F(DeliveryTest, KeepsTheOrderOfSeveralSendersAndNumbersEachMessageOnce) {
 
 TEST_F(DeliveryTest, HoldsBackForASlowListenerAndLosesNothing) {
     startAndConnect();
-    std::atomic<bool> isSlow{true};
-    EventRecorder& recorder = record([&] {
-        while (isSlow) {
+    // The listener may still ask when the test is over.
+    auto const isSlow = std::make_shared<std::atomic<bool>>(true);
+    EventRecorder& recorder = record([isSlow] {
+        while (*isSlow) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     });
@@ -106,7 +108,7 @@ TEST_F(DeliveryTest, HoldsBackForASlowListenerAndLosesNothing) {
     });
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_TRUE(isConnected());
-    isSlow = false;
+    *isSlow = false;
     sending.join();
     EXPECT_TRUE(recorder.waitFor(isReport, orders));
     std::set<std::string> reported;
