@@ -3,6 +3,7 @@
 
 #include "errors/ZANConnectionUnavailableException.h"
 #include "support/CapturedOutput.h"
+#include "support/Hold.h"
 
 #include <atomic>
 #include <iostream>
@@ -174,33 +175,23 @@ TEST_F(BackPressureTest, OfASlowListenerKeepsMemoryBoundedWhileTheySend) {
               static_cast<std::size_t>(floodSize));
 }
 
-// The listener does not return while what this gives is true. It may still ask when the test is
-// over.
-std::shared_ptr<std::atomic<bool>> holdEvents(EventRecorder& listener) {
-    auto const isHeld = std::make_shared<std::atomic<bool>>(true);
-    listener.onEvent = [isHeld] {
-        while (*isHeld) {
-            std::this_thread::sleep_for(1ms);
-        }
-    };
-    return isHeld;
-}
-
 TEST_F(BackPressureTest, OfAListenerThatDoesNotReturnDoesNotReachAnotherConnection) {
     startBoth({});
-    auto const isHeld = holdEvents(recordOf("C"));
+    Hold hold;
+    recordOf("C").onEvent = hold.wait();
     connectBoth();
     engine().sendMessage(me, "C", order("held"));
     auto const times = timesOfTalkingAtD(200);
     EXPECT_LT(times[100], 5ms);
     EXPECT_LT(times.back(), 1s);
-    *isHeld = false;
+    hold.release();
 }
 
 TEST_F(BackPressureTest, OfAListenerOfTheFacadeDoesNotReachAnotherConnection) {
     startBoth({});
     auto* const held = new EventRecorder;
-    auto const isHeld = holdEvents(*held);
+    Hold hold;
+    held->onEvent = hold.wait();
     recorders_.push_back(counted_ptr<IZANEventListener>(held));
     engine().subscribe(me, recorders_.back(), "C", ZANEngineDefs::APP_EVENT_TYPE);
     auto* const free = new EventRecorder;
@@ -210,7 +201,7 @@ TEST_F(BackPressureTest, OfAListenerOfTheFacadeDoesNotReachAnotherConnection) {
     engine().sendMessage(me, "C", order("held"));
     engine().sendMessage(me, "D", order("free"));
     EXPECT_TRUE(free->waitFor(isReport));
-    *isHeld = false;
+    hold.release();
     EXPECT_TRUE(held->waitFor(isReport));
 }
 

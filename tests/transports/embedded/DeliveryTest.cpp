@@ -1,10 +1,10 @@
 #include "EmbeddedFixture.h"
 
 #include "support/CapturedOutput.h"
+#include "support/Hold.h"
 
 #include <atomic>
 #include <map>
-#include <memory>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -93,13 +93,8 @@ TEST_F(DeliveryTest, KeepsTheOrderOfSeveralSendersAndNumbersEachMessageOnce) {
 
 TEST_F(DeliveryTest, HoldsBackForASlowListenerAndLosesNothing) {
     startAndConnect();
-    // The listener may still ask when the test is over.
-    auto const isSlow = std::make_shared<std::atomic<bool>>(true);
-    EventRecorder& recorder = record([isSlow] {
-        while (*isSlow) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    });
+    Hold slow;
+    EventRecorder& recorder = record(slow.wait());
     constexpr std::size_t orders = 3000;
     std::thread sending([&] {
         for (std::size_t i = 0; i < orders; ++i) {
@@ -108,7 +103,7 @@ TEST_F(DeliveryTest, HoldsBackForASlowListenerAndLosesNothing) {
     });
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_TRUE(isConnected());
-    *isSlow = false;
+    slow.release();
     sending.join();
     EXPECT_TRUE(recorder.waitFor(isReport, orders));
     std::set<std::string> reported;

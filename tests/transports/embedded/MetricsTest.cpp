@@ -5,11 +5,11 @@
 #include "guaranteed/ZANGMLAdapter.h"
 #include "guaranteed/ZANGuaranteedEngineMessageListener.h"
 #include "infra/WrongConfigurationException.h"
+#include "support/Hold.h"
 #include "support/HttpClient.h"
 #include "support/PrometheusText.h"
 
 #include <atomic>
-#include <memory>
 #include <stdexcept>
 #include <thread>
 
@@ -184,13 +184,8 @@ TEST_F(MetricsTest, KnowTheLagOfBeforeTheStart) {
 
 TEST_F(MetricsTest, TellWhatWaitsForAListenerThatIsBusy) {
     startEngineWithMetrics();
-    // The listener may still ask when the test is over.
-    auto const isBusy = std::make_shared<std::atomic<bool>>(true);
-    record([isBusy] {
-        while (*isBusy) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    });
+    Hold busy;
+    record(busy.wait());
     engine().connect(me, "C");
     engine().sendMessage(me, "C", order("1"));
     EXPECT_TRUE(eventually([] {
@@ -198,7 +193,7 @@ TEST_F(MetricsTest, TellWhatWaitsForAListenerThatIsBusy) {
         return text["zan_delivery_queue_length{connection=\"C\"}"] >= 4 &&
                text["zan_delivery_seconds{connection=\"C\"}"] > 0.05;
     }));
-    *isBusy = false;
+    busy.release();
     EXPECT_TRUE(eventually([] {
         PrometheusText const text = scrape();
         return text["zan_delivery_queue_length{connection=\"C\"}"] == 0 &&
@@ -291,12 +286,8 @@ TEST_F(MetricsTest, CallAnEngineWellThatIsLoggedOff) {
 
 TEST_F(MetricsTest, CallAnEngineSickWhoseListenerDoesNotReturn) {
     startEngineWithMetrics();
-    auto const isBusy = std::make_shared<std::atomic<bool>>(true);
-    record([isBusy] {
-        while (*isBusy) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    });
+    Hold busy;
+    record(busy.wait());
     engine().connect(me, "C");
     auto const deadline = Clock::now() + std::chrono::seconds(20);
     HttpReply reply = httpGet(metricsPort(), "/healthz");
@@ -308,7 +299,7 @@ TEST_F(MetricsTest, CallAnEngineSickWhoseListenerDoesNotReturn) {
     EXPECT_EQ(reply.status, 503);
     EXPECT_EQ(reply.body, "connection C: a listener has not returned for more than 10 s\n");
     EXPECT_EQ(scrape()["zan_ailments"], 1);
-    *isBusy = false;
+    busy.release();
     EXPECT_TRUE(eventually([] { return httpGet(metricsPort(), "/healthz").status == 200; }));
 }
 
