@@ -120,6 +120,8 @@ TEST_F(MetricsTest, CountWhatIsSentAgainAndWhatIsPosted) {
 TEST_F(MetricsTest, CountWhatTheCounterpartyAsksForAgain) {
     startEngineWithMetrics("metrics=0", {"--send", "35=2|7=1|16=0"});
     engine().connect(me, "C");
+    // The first request must find no order yet: a gap fill answers it.
+    ASSERT_TRUE(eventually([] { return scrape()[messages("out", "4")] == 1; }));
     trade(3);
     engine().disconnect(me, "C", "");
     engine().connect(me, "C");
