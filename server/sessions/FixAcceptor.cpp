@@ -19,6 +19,8 @@ using Clock = std::chrono::steady_clock;
 
 // Strangers that may be connected at a time without having said who they are.
 std::size_t const mostStrangers = 64;
+// How long a new link waits for the end of the last one.
+std::chrono::seconds const patience(1);
 
 class AcceptedSession : public SessionRunner {
 public:
@@ -33,11 +35,12 @@ public:
 
     bool isMeantBy(std::string const& logon) const;
     SocketTarget const& target() const { return setup_.targets.front(); }
-    /// False when the session has a link already, or was stopped; the socket is taken over else.
+    /// False when the session keeps the link that it has, or was stopped; the socket is taken over
+    /// else. A client that comes back at once may be faster than the end of its last link here.
     bool adopt(int socket, std::string const& logon, FixFramer& rest);
 
 private:
-    std::mutex adopting_;
+    std::timed_mutex adopting_;
 };
 
 bool AcceptedSession::isMeantBy(std::string const& logon) const {
@@ -47,7 +50,7 @@ bool AcceptedSession::isMeantBy(std::string const& logon) const {
 }
 
 bool AcceptedSession::adopt(int socket, std::string const& logon, FixFramer& rest) {
-    std::unique_lock<std::mutex> lock(adopting_, std::try_to_lock);
+    std::unique_lock<std::timed_mutex> lock(adopting_, patience);
     if (!lock.owns_lock() || isStopped())
         return false;
     forgetLogout();

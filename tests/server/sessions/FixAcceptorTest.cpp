@@ -3,10 +3,21 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace {
 
 using namespace zan::server;
 using namespace std::chrono_literals;
+
+/// Takes its time over the end of a link.
+class SlowGoodbye : public SessionRecorder {
+public:
+    void linkDown() override {
+        std::this_thread::sleep_for(100ms);
+        SessionRecorder::linkDown();
+    }
+};
 
 TEST(FixAcceptor, PicksAFreePort) {
     auto const first = FixAcceptor::listen("127.0.0.1", 0);
@@ -87,6 +98,22 @@ TEST(FixAcceptor, ClosesASecondLinkAndKeepsTheFirst) {
     EXPECT_TRUE(second.waitForEnd());
     EXPECT_EQ(pair.send("D", {{11, "1"}}), FixSendResult::sent);
     EXPECT_TRUE(pair.theirs.waitFor("|35=D|"));
+}
+
+TEST(FixAcceptor, TakesAClientThatComesBackAtOnce) {
+    SlowGoodbye theirs;
+    SessionRecorder ours;
+    auto const acceptor = FixAcceptor::listen("127.0.0.1", 0);
+    acceptor->add(settingsFor("THEM", "US", 0), theirs);
+    acceptor->start();
+    auto const us = FixSession::initiator(settingsFor("US", "THEM", acceptor->port()), ours);
+    us->start({});
+    ASSERT_TRUE(ours.waitFor("on"));
+    us->requestLogout("");
+    ASSERT_TRUE(ours.waitFor("down"));
+    us->start({});
+    EXPECT_TRUE(ours.waitFor("on", 2)) << ours.all();
+    EXPECT_TRUE(ours.linesWith("!").empty()) << ours.all();
 }
 
 TEST(FixAcceptor, RefusesConnectionsAndReportsNothingAfterStop) {
