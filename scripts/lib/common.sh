@@ -10,7 +10,8 @@ BUILD_PACKAGES=(g++ cmake ninja-build pkg-config libgtest-dev libbenchmark-dev l
                 libsqlite3-dev libmicrohttpd-dev prometheus-cpp-dev libxml2-dev libcli11-dev
                 nlohmann-json3-dev)
 # What the gates of scripts/ci need beyond that.
-GATE_PACKAGES=(clang clang-format clang-tidy ccache doxygen g++-multilib git python3 make zsh fish)
+GATE_PACKAGES=(clang clang-format clang-tidy ccache doxygen g++-multilib git python3 make zsh fish
+               curl python3-yaml)
 
 say() {
     printf '== %s\n' "$*"

@@ -1,36 +1,29 @@
 #!/usr/bin/env python3
 """Does what a guide says: follow_guide.py <guide> <prefix> <folder>.
 
-In a new folder it carries out the guide's blocks from the first to the last, in one shell: a block
-marked `sh` is run, one marked `diff` is applied to the files of the folder that the shell is in.
-PREFIX is where the library is installed. Fails at the first block that does.
+In a new folder it follows the guide's blocks from the first to the last, in one shell, as
+documents/shell.py tells. PREFIX is where the library is installed.
 """
 import os
 import pathlib
-import re
-import subprocess
 import sys
 
-BLOCK = re.compile(r"^```(sh|diff)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+from documents.blocks import blocks_of
+from documents.shell import PageShell, is_step
 
-
-def script_of(text):
-    yield "set -euo pipefail\n"
-    for block in BLOCK.finditer(text):
-        kind, body = block.groups()
-        line = text.count("\n", 0, block.start()) + 1
-        yield f"echo 'the guide, line {line}'\n"
-        yield body if kind == "sh" else f"git apply --verbose - <<'END OF DIFF'\n{body}END OF DIFF\n"
+TIME_LIMIT = 1800
 
 
 def main():
     guide, prefix, folder = (pathlib.Path(word).resolve() for word in sys.argv[1:4])
-    script = "".join(script_of(guide.read_text()))
-    if "git apply" not in script:
+    steps = [block for block in blocks_of(guide.read_text()) if is_step(block)]
+    if not steps:
         sys.exit(f"{guide} has no steps to follow")
-    folder.mkdir(parents=True)
-    environment = dict(os.environ, PREFIX=str(prefix), GIT_CEILING_DIRECTORIES=str(folder.parent))
-    return subprocess.run(["bash", "-c", script], cwd=folder, env=environment).returncode
+    shell = PageShell(steps, folder, dict(os.environ, PREFIX=str(prefix)), TIME_LIMIT)
+    faults = shell.faults()
+    for line, fault in faults:
+        print(f"{guide.name}:{line}: {fault}")
+    return 1 if faults else 0
 
 
 if __name__ == "__main__":

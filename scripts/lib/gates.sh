@@ -11,7 +11,7 @@ arrows   includes go down the table of folders, never up
 build    GCC and Clang, warnings are errors
 headers  each public header alone: GCC and Clang, C++17, C++20 and C++23
 test     all tests, in the build tree of scripts/test
-docs     API pages without warnings; the code and the links of the documents
+docs     API pages without warnings; every block and every link of the documents
 install  the installed package, proved by consumers outside the tree; and as a subproject
 packages the Debian packages, made, installed into a fresh folder and used there; other recipes
 abi      programs built with the last release run with this library
@@ -81,6 +81,7 @@ gate_docs() {
         cat docs/Doxyfile
         printf 'INPUT = %s\n' "$(tr '\n' ' ' <build/default/public_headers.txt)"
     } | doxygen -
+    python3 scripts/lib/test_documents.py build/default
     python3 scripts/lib/check_documents.py build/default
 }
 
