@@ -121,8 +121,8 @@ public:
     /// `patience` is left behind: the delivery thread ends after it.
     void stop(std::string const& reason, std::chrono::milliseconds patience);
 
-    /// To be called every few hundred milliseconds: keeps the log in order, and tells an operator
-    /// of a listener that does not return.
+    /// To be called every few hundred milliseconds: keeps the log in order, notices that it takes
+    /// messages again, and tells an operator of a listener that does not return.
     void maintain();
 
     /// Whether the caller is a listener of this connection.

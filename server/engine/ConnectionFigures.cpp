@@ -74,6 +74,9 @@ bool Connection::isListenerStuck() const {
 
 void Connection::maintain() {
     log_.maintain();
+    if (log_.worksAgain()) {
+        watch_.stored();
+    }
     bool const isStuck = isListenerStuck();
     if (isStuck && !isStuckReported_) {
         diary_.listenerTrouble("a listener has not returned for " +

@@ -39,7 +39,7 @@ public:
     void loggedOff();
     /// False when that was known already.
     bool trouble(FixTrouble kind, std::string const& text);
-    /// Something was stored: what was in the way of it is gone.
+    /// Something was stored, or could be: what was in the way of it is gone.
     void stored();
     void receivedAdmin(std::string const& message);
     void sentAdmin(std::string const& message);

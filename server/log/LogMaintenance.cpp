@@ -2,8 +2,6 @@
 
 #include <sqlite3.h>
 
-#include <chrono>
-
 namespace zan::server {
 
 namespace {
@@ -17,6 +15,8 @@ constexpr std::chrono::milliseconds longestIndexing{200};
 
 // So many changes that the writer would soon have to move their pages itself.
 constexpr std::uint64_t mostChangesWaiting = 1'000;
+
+constexpr std::chrono::seconds trialInterval{1};
 
 template <class Work>
 void attempt(Work const& work) {
@@ -38,6 +38,25 @@ void LogMaintenance::run() {
     attempt([&] { indexOrders(); });
     attempt([&] { movePages(); });
     parts_.reserve.renew();
+}
+
+bool LogMaintenance::worksAgain() {
+    std::lock_guard const lock(mutex_);
+    auto const now = std::chrono::steady_clock::now();
+    if (!parts_.connection.hasFailed()) {
+        nextTrial_.reset();
+        return false;
+    }
+    if (!nextTrial_) {
+        // Whoever the failure hit tells of it first.
+        nextTrial_ = now + trialInterval;
+    }
+    if (now < *nextTrial_) {
+        return false;
+    }
+    nextTrial_ = now + trialInterval;
+    attempt([&] { parts_.connection.tryOut(); });
+    return !parts_.connection.hasFailed();
 }
 
 bool LogMaintenance::isIdle() const {

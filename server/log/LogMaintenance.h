@@ -9,6 +9,7 @@
 #include "server/log/OrderIndex.h"
 #include "server/log/SpaceReserve.h"
 
+#include <chrono>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -32,6 +33,10 @@ public:
     /// One round. Failures wait for the next.
     void run();
 
+    /// True, once, when a write had failed and the storage is found to work again. It is tried out
+    /// for that, at most once a second.
+    bool worksAgain();
+
 private:
     bool isIdle() const;
     void indexOrders();
@@ -41,6 +46,7 @@ private:
     std::mutex mutex_;
     std::optional<Database> mover_;
     std::uint64_t movedChanges_ = 0;
+    std::optional<std::chrono::steady_clock::time_point> nextTrial_;
 };
 
 } // namespace zan::server

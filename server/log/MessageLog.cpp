@@ -210,4 +210,8 @@ void MessageLog::maintain() {
     impl_->maintenance.run();
 }
 
+bool MessageLog::worksAgain() {
+    return impl_->maintenance.worksAgain();
+}
+
 } // namespace zan::server

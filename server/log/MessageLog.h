@@ -174,6 +174,11 @@ public:
     /// holds nobody up. Failures wait for the next time.
     void maintain();
 
+    /// True, once, when something could not be stored and the storage is found to work again, with
+    /// no message needed for it. To be called after `maintain`; it tries the storage out once a
+    /// second at most, and leaves nothing behind. What cannot be read does not count.
+    bool worksAgain();
+
 private:
     class Impl;
     std::unique_ptr<Impl> const impl_;

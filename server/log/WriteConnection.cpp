@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <optional>
 #include <system_error>
 
@@ -24,6 +25,9 @@ constexpr char const* mostPagesAhead = "16000";
 // To look for the file takes a good part of the time of a small commit, so that commits that follow
 // each other closely do not look each time.
 constexpr std::chrono::milliseconds lookInterval{50};
+
+// More than most messages: a disk that has room for less has not healed.
+constexpr std::size_t trialSize = 16 * 1024;
 
 // The database itself tells what it tried last, which is not what is wrong.
 [[noreturn]] void failToOpen(std::string const& file, SqliteFailure const& failure) {
@@ -86,10 +90,18 @@ void WriteConnection::requireFile() {
 }
 
 void WriteConnection::insertAlone(LogRow const& row, std::string const& time) {
-    std::lock_guard const lock(mutex_);
-    requireFile();
-    rows_.insert(row, time);
-    ++changes_;
+    change([&] { rows_.insert(row, time); });
+}
+
+void WriteConnection::tryOut() {
+    LogRow trial;
+    trial.entry.id = std::numeric_limits<long>::max();
+    trial.entry.text.assign(trialSize, ' ');
+    transact([&](WriteConnection& connection) {
+        hasFailed_ = false; // unless this fails too
+        connection.rows().insert(trial, "");
+        Statement(database_, "DELETE FROM messages WHERE id=?1").bind(1, trial.entry.id).run();
+    });
 }
 
 void WriteConnection::setMeta(std::string_view name, std::int64_t value) {

@@ -26,21 +26,27 @@ public:
     /// it was before.
     template <class Work>
     void transact(Work const& work) {
-        std::lock_guard const lock(mutex_);
-        requireFile();
-        begin_.run();
-        try {
-            work(*this);
-            commit_.run();
-            ++changes_;
-        } catch (...) {
-            database_.rollBack();
-            throw;
-        }
+        change([&] {
+            begin_.run();
+            try {
+                work(*this);
+                commit_.run();
+            } catch (...) {
+                database_.rollBack();
+                throw;
+            }
+        });
     }
 
     /// A transaction of one row only, which costs least.
     void insertAlone(LogRow const& row, std::string const& time);
+
+    /// Stores a row of some size and takes it away again, in one transaction: whether a message
+    /// could be stored, without a message.
+    void tryOut();
+
+    /// Whether a write has failed since `tryOut` worked last. Any thread.
+    bool hasFailed() const { return hasFailed_; }
 
     // Inside of a transaction, and while the log is being opened.
 
@@ -54,6 +60,19 @@ public:
     std::uint64_t changes() const { return changes_.load(std::memory_order_relaxed); }
 
 private:
+    template <class Write>
+    void change(Write const& write) {
+        std::lock_guard const lock(mutex_);
+        try {
+            requireFile();
+            write();
+            ++changes_;
+        } catch (LogFailure const&) {
+            hasFailed_ = true;
+            throw;
+        }
+    }
+
     /// Throws `LogFailure` when the file is not in its place any more: what was written into it
     /// then would be lost. Found out within 50 ms.
     void requireFile();
@@ -66,6 +85,7 @@ private:
     std::pair<dev_t, ino_t> identity_;
     std::chrono::steady_clock::time_point nextLook_;
     std::atomic<std::uint64_t> changes_ = 0;
+    std::atomic<bool> hasFailed_ = false;
 };
 
 } // namespace zan::server

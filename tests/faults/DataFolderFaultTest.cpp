@@ -114,6 +114,18 @@ TEST_F(DataFolderFaultTest, IsMissedWhenItIsMovedAwayAndTheWorkGoesOnWhenItIsBac
     expectAcknowledgedEverywhere();
 }
 
+TEST_F(DataFolderFaultTest, IsNotMissedAnyMoreWhenItIsBackEvenWithoutAMessage) {
+    startAndConnect({"--no-reports"});
+    std::string const away = folder_ + "/away";
+    std::filesystem::rename(dataFolder(), away);
+    failureOfSending();
+    engine().disconnect(me, "C", "");
+    EXPECT_TRUE(hasStorageError());
+    std::filesystem::rename(away, dataFolder());
+    EXPECT_TRUE(eventually([] { return !hasStorageError(); }));
+    EXPECT_EQ(ordersInLog().size(), acknowledged_.size());
+}
+
 TEST_F(DataFolderFaultTest, IsMissedWhenItIsDeleted) {
     startAndConnect({"--no-reports"});
     send(10);

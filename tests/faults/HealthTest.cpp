@@ -74,6 +74,35 @@ TEST_F(HealthTest, TurnsSickOnAFullDiskAndWellAgainWhenThereIsRoom) {
     EXPECT_EQ(PrometheusText(ask("/metrics").body)["zan_storage_failing{connection=\"C\"}"], 0);
 }
 
+// Without a link nothing is stored that could show it.
+TEST_F(HealthTest, IsWellAgainByItselfWhenThereIsRoom) {
+    EventRecorder& recorder = record();
+    disk_->fill();
+    sendUntilRefused();
+    engine().disconnect(me, "C", "");
+    std::size_t const stored = engine().getMessageIds(me, "C", -1, false).size();
+    EXPECT_EQ(ask("/healthz").status, 503);
+    disk_->makeRoom();
+    EXPECT_TRUE(eventually([] { return ask("/healthz").status == 200; }));
+    EXPECT_FALSE(hasStorageError());
+    EXPECT_TRUE(wasTold("log: connection C: messages are stored again\n"));
+    EXPECT_EQ(engine().getMessageIds(me, "C", -1, false).size(), stored);
+    EXPECT_TRUE(recorder.waitFor([](SeenEvent const& event) {
+        return event.kind == SeenEvent::Kind::State && event.flags == FLAG_DISCONNECTED;
+    }));
+}
+
+TEST_F(HealthTest, StaysSickWhileTheDiskIsFull) {
+    disk_->fill();
+    sendUntilRefused();
+    engine().disconnect(me, "C", "");
+    auto const end = Clock::now() + std::chrono::milliseconds(2500);
+    while (Clock::now() < end) {
+        ASSERT_EQ(ask("/healthz").status, 503);
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+}
+
 TEST_F(HealthTest, IsToldToTheApplicationOnceEachWay) {
     send(10);
     disk_->fill();

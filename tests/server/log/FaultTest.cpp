@@ -9,6 +9,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <thread>
 
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -432,6 +433,20 @@ TEST_F(SmallDisk, LetsTheLogGoOnWhenThereIsRoomAgain) {
     long const last = log.lastId();
     std::filesystem::remove(folder_.file("ballast"));
     EXPECT_EQ(commitOne(log, 100'000), "no complaint");
+    EXPECT_EQ(log.lastId(), last + 1);
+}
+
+TEST_F(SmallDisk, IsFoundToHaveRoomAgainWithoutAMessage) {
+    write(folder_.file("ballast"), std::string(3'000'000, 'x'));
+    MessageLog log(LogSettings{file()});
+    fill(log);
+    long const last = log.lastId();
+    EXPECT_FALSE(log.worksAgain());
+    std::filesystem::remove(folder_.file("ballast"));
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    EXPECT_TRUE(log.worksAgain());
+    EXPECT_EQ(log.lastId(), last);
+    EXPECT_EQ(commitOne(log, 10), "no complaint");
     EXPECT_EQ(log.lastId(), last + 1);
 }
 
