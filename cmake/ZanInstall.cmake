@@ -149,7 +149,7 @@ endfunction()
 # The pages of the headers are among them when `scripts/ci docs` has made them.
 function(zan_install_documents)
     set(doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/zanengine)
-    install(FILES README.md CHANGELOG.md DESTINATION ${doc_dir} COMPONENT doc)
+    install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${doc_dir} COMPONENT doc)
     install(DIRECTORY docs/ DESTINATION ${doc_dir}/docs COMPONENT doc FILES_MATCHING PATTERN "*.md")
     install(DIRECTORY examples DESTINATION ${doc_dir} COMPONENT doc)
     install(DIRECTORY build/docs/html DESTINATION ${doc_dir} COMPONENT doc OPTIONAL)

@@ -86,6 +86,9 @@ for installed in "$modules"/*.so "$prefix"/bin/*; do
     ldd "$installed" | grep -q 'not found' && fail "$installed does not find what it needs"
 done
 
+say "the links of the installed documents"
+python3 "$ROOT/scripts/lib/check_links.py" "$prefix/share/doc/zanengine"
+
 say "as a subproject, which installs nothing of its own accord"
 build_outside "$ROOT/tests/consumers/subproject" subproject
 ZAN_ADAPTER_PATH=$(dirname "$module") "$work/subproject/consumer"
