@@ -1,5 +1,6 @@
 // edit: changes to a message log.
 #include "apps/zan/Command.h"
+#include "apps/zan/ConnectionDictionary.h"
 #include "apps/zan/LogSearch.h"
 #include "apps/zan/MessageInput.h"
 #include "apps/zan/Properties.h"
@@ -78,6 +79,7 @@ private:
     }
 
     long insert(Session& session, Context& context) const {
+        useDictionaryOf(session, name_, context.names);
         Dictionary const& dictionary = context.names.of(propertyOf(session, name_, "BeginString"));
         MessageInput input(messages_, "-", context.interrupt);
         std::vector<counted_ptr<ZANMessage>> batch;

@@ -1,5 +1,6 @@
 // The commands that read the message log.
 #include "apps/zan/Command.h"
+#include "apps/zan/ConnectionDictionary.h"
 #include "apps/zan/LogSearch.h"
 #include "apps/zan/ShownMessages.h"
 
@@ -34,9 +35,9 @@ public:
         search_.ids = ids_.empty() ? IdRange() : idRangeOf(ids_);
         search_.from = timeBeginning(search_.from);
         search_.to = timeBeginning(search_.to);
-        shown_.begin(context);
         Session session(context.settings, context.interrupt);
         search_.connection = session.nameOr(search_.connection);
+        shown_.begin(session, search_.connection, context);
         search(session, search_, context.interrupt,
                [&](MessageRow const& row) { shown_.print(row, context); });
         return ExitCode::Ok;
@@ -63,8 +64,8 @@ public:
     }
 
     ExitCode run(Context& context) override {
-        shown_.begin(context);
         Session session(context.settings, context.interrupt);
+        shown_.begin(session, name_, context);
         for (MessageRow const& row : rowsOf(session)) {
             shown_.print(row, context);
         }
@@ -144,15 +145,17 @@ public:
     }
 
     ExitCode run(Context& context) override {
+        Session session(context.settings, context.interrupt);
+        std::string const name = session.nameOr(name_);
+        useDictionaryOf(session, name, context.names);
         columns_ = list_.empty() ? std::vector<std::string>{"edited", "user",   "action", "id",
                                                             "time",   "stream", "type",   "fields"}
                                  : auditColumns(context);
         context.output.setColumns(tableColumnsOf(columns_));
-        Session session(context.settings, context.interrupt);
         std::vector<std::vector<std::string>> table;
         std::string const order = newestFirst_ ? "edited DESC, id DESC" : "edited, id";
-        session.engine().retrieveMessageLogData(session.ticket(), session.nameOr(name_),
-                                                streamOf(stream_), asked, where_, order, table);
+        session.engine().retrieveMessageLogData(session.ticket(), name, streamOf(stream_), asked,
+                                                where_, order, table);
         for (std::size_t row = 1; row < table.size(); ++row) {
             context.output.print(record(table[row], context));
         }

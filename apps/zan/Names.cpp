@@ -31,19 +31,32 @@ std::unique_ptr<Dictionary> parse(std::string const& xml, std::string const& nam
     }
 }
 
+std::unique_ptr<Dictionary> load(std::string const& file, std::string_view beginString) {
+    auto builtIn = parse(std::string(server::dictionaryFor(beginString)), std::string(beginString));
+    if (file.empty()) {
+        return builtIn;
+    }
+    auto own = parse(textOf(file), file);
+    own->names.addMissing(builtIn->names);
+    return own;
+}
+
 } // namespace
 
-Names::Names(std::string dictionaryFile) : file_(std::move(dictionaryFile)) {}
+Names::Names(std::string dictionaryFile) : given_(std::move(dictionaryFile)), file_(given_) {}
+
+void Names::useUnlessGiven(std::string const& dictionaryFile) {
+    if (given_.empty()) {
+        file_ = dictionaryFile;
+    }
+}
 
 Dictionary const& Names::of(std::string_view beginString) {
     // The built-in dictionaries are two; what they are told apart by is their text.
-    std::string const key =
-        !file_.empty() ? file_ : std::to_string(server::dictionaryFor(beginString).size());
-    std::unique_ptr<Dictionary>& dictionary = dictionaries_[key];
+    std::size_t const size = server::dictionaryFor(beginString).size();
+    std::unique_ptr<Dictionary>& dictionary = dictionaries_[{file_, size}];
     if (!dictionary) {
-        dictionary = file_.empty() ? parse(std::string(server::dictionaryFor(beginString)),
-                                           std::string(beginString))
-                                   : parse(textOf(file_), file_);
+        dictionary = load(file_, beginString);
     }
     return *dictionary;
 }

@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace zan::cli {
 
@@ -22,9 +23,12 @@ struct Dictionary {
 
 class Names {
 public:
-    /// With a file, in QuickFIX's XML format, it serves every version; else those that are built in
-    /// do. They are read when they are asked for.
+    /// With a file, in QuickFIX's XML format, its groups serve every version, and so do its names
+    /// before those that are built in; else those alone do. They are read when they are asked for.
     explicit Names(std::string dictionaryFile);
+
+    /// The same with this file from now on, unless there was one from the beginning.
+    void useUnlessGiven(std::string const& dictionaryFile);
 
     /// For a protocol version such as `FIX.4.4`, which may be empty. The reference lives as long as
     /// this object. Throws `WrongConfigurationException` for a file that is no dictionary.
@@ -37,8 +41,9 @@ public:
     int tagOf(std::string const& numberOrName);
 
 private:
-    std::string const file_;
-    std::map<std::string, std::unique_ptr<Dictionary>> dictionaries_;
+    std::string const given_;
+    std::string file_;
+    std::map<std::pair<std::string, std::size_t>, std::unique_ptr<Dictionary>> dictionaries_;
 };
 
 } // namespace zan::cli

@@ -106,8 +106,8 @@ public:
     }
 
     ExitCode run(Context& context) override {
-        shown_.begin(context);
         Session session(context.settings, context.interrupt);
+        shown_.begin(session, name_, context);
         if (connects_ || session.isInProcess()) {
             session.connect(name_);
         }
@@ -172,8 +172,8 @@ public:
     }
 
     ExitCode run(Context& context) override {
-        shown_.begin(context);
         Session session(context.settings, context.interrupt);
+        shown_.begin(session, name_, context);
         LogFollower follower(session, name_, -1, "");
         giveAll(session, context);
         follower.takeNew([&](MessageRow const& row) {

@@ -1,5 +1,6 @@
 #include "apps/zan/ShownMessages.h"
 
+#include "apps/zan/ConnectionDictionary.h"
 #include "apps/zan/MessageView.h"
 
 namespace zan::cli {
@@ -22,7 +23,8 @@ void ShownMessages::addTo(Options& options) {
         .excludes("--columns");
 }
 
-void ShownMessages::begin(Context& context) {
+void ShownMessages::begin(Session const& session, std::string const& connection, Context& context) {
+    useDictionaryOf(session, connection, context.names);
     columns_ = messageColumnsOf(list_, context.names);
     context.output.setColumns(tableColumnsOf(columns_));
 }

@@ -17,8 +17,9 @@ public:
     /// Adds the options; this object must live as long as the command.
     void addTo(Options& options);
 
-    /// To be called before anything is printed; throws `UsageError` for columns that nobody knows.
-    void begin(Context& context);
+    /// To be called before anything is done or printed; throws `UsageError` for columns that nobody
+    /// knows. The names are those of the connection's dictionary.
+    void begin(Session const& session, std::string const& connection, Context& context);
 
     void print(MessageRow const& row, Context& context) const;
 

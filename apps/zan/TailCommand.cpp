@@ -33,9 +33,9 @@ public:
 
     ExitCode run(Context& context) override {
         long const stream = streamOf(stream_);
-        shown_.begin(context);
         Session session(context.settings, context.interrupt);
         std::string const name = session.nameOr(name_);
+        shown_.begin(session, name, context);
         LogFollower follower(session, name, stream, where_);
         showBeginning(session, name, stream, follower, context);
         if (ends_) {

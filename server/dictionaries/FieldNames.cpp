@@ -107,6 +107,13 @@ FieldNames::FieldNames(std::string_view xml, std::string const& name) {
     }
 }
 
+void FieldNames::addMissing(FieldNames const& others) {
+    fields_.insert(others.fields_.begin(), others.fields_.end());
+    tags_.insert(others.tags_.begin(), others.tags_.end());
+    messages_.insert(others.messages_.begin(), others.messages_.end());
+    values_.insert(others.values_.begin(), others.values_.end());
+}
+
 std::string_view FieldNames::ofTag(int tag) const {
     auto const found = fields_.find(tag);
     return found == fields_.end() ? std::string_view() : found->second;

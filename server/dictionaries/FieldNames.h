@@ -18,6 +18,9 @@ public:
     /// std::runtime_error for text that is no such dictionary.
     FieldNames(std::string_view xml, std::string const& name);
 
+    /// Takes over what others name and this does not.
+    void addMissing(FieldNames const& others);
+
     // Empty for what has no name.
 
     std::string_view ofTag(int tag) const;
