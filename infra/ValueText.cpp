@@ -53,6 +53,8 @@ std::string_view plainDecimal(double number, DigitBuffer& digits) {
         if (!(scaled < most)) {
             return {};
         }
+        // Where this rounds wrongly, the next line sees it.
+        // NOLINTNEXTLINE(bugprone-incorrect-roundings)
         auto const whole = static_cast<long long>(scaled + 0.5);
         if (static_cast<double>(whole) / scale == size) {
             return decimalText(number < 0, whole, decimals, digits);

@@ -189,11 +189,11 @@ void QuickFixSession::letOut(std::vector<FixEntry>& entries) {
     reports_.deliver();
 }
 
-void QuickFixSession::fail(FixTrouble kind, std::string const& reason) {
-    std::string const text = reason;
+// By value: rolling back clears the store's own text of its failure.
+void QuickFixSession::fail(FixTrouble kind, std::string reason) {
     store_.rollBack();
     held_.clear();
-    reports_.fail(kind, text);
+    reports_.fail(kind, reason);
 }
 
 void QuickFixSession::attach() {

@@ -105,7 +105,7 @@ private:
     void guarded(Action const& action);
     void settle();
     void letOut(std::vector<FixEntry>& entries);
-    void fail(FixTrouble kind, std::string const& reason);
+    void fail(FixTrouble kind, std::string reason);
     std::string write(std::vector<FixOutgoing> const& messages, std::vector<long>& ids);
 
     void takeOne(Incoming& incoming);
