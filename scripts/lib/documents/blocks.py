@@ -40,6 +40,8 @@ def hidden_block_faults(text):
     for number, line in enumerate(prose_of(text).splitlines(), 1):
         if re.match(r"\s*(```|~~~)", line):
             yield number, "a fence that is indented, not closed, or made of ~~~"
+        elif re.search(r"<pre\b", line, re.IGNORECASE):
+            yield number, "a block in HTML; put it between fences"
         elif re.match(r" {4,}\S|\t", line) and not before:
             yield number, "an indented block; put it between fences"
         before = line.strip() or (before if before.startswith(" ") else "")

@@ -65,6 +65,7 @@ def gates(script):
 
 
 def check_cmake(arguments, root, tree):
+    allow(arguments, {"--build": 0, "--preset": 1, "--target": 1}, "cmake")
     presets = json.loads((root / "CMakePresets.json").read_text())
     building = "--build" in arguments
     names = presets["buildPresets" if building else "configurePresets"]
@@ -73,6 +74,7 @@ def check_cmake(arguments, root, tree):
 
 
 def check_ctest(arguments, _, tree):
+    allow(arguments, {"--test-dir": 1, "-j4": 0, "-R": 1}, "ctest")
     for pattern in after("-R", arguments):
         if "Total Tests: 0" in printed("ctest", "--test-dir", tree, "-N", "-R", pattern):
             raise Wrong(f"no test has a name like {pattern}")
@@ -82,6 +84,15 @@ def check_ninja(arguments, _, tree):
     if arguments[:2] != ["-C", "build/default"]:
         raise Wrong("ninja works in build/default")
     require(arguments[2:], targets(tree), "target")
+
+
+def allow(arguments, options, program):
+    """Takes options with so many values each, and nothing else."""
+    at = 0
+    while at < len(arguments):
+        if arguments[at] not in options:
+            raise Wrong(f"{program} {arguments[at]} is nothing that CI runs")
+        at += 1 + options[arguments[at]]
 
 
 def targets(tree):
