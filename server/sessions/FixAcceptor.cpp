@@ -3,6 +3,7 @@
 #include "server/sessions/FixScanner.h"
 #include "server/sessions/SessionRunner.h"
 
+#include <condition_variable>
 #include <list>
 #include <thread>
 
@@ -40,7 +41,12 @@ public:
     bool adopt(int socket, std::string const& logon, FixFramer& rest);
 
 private:
-    std::timed_mutex adopting_;
+    bool takeTurn();
+    void giveTurn();
+
+    std::mutex turnMutex_;
+    std::condition_variable turnGiven_;
+    bool hasLink_ = false;
 };
 
 bool AcceptedSession::isMeantBy(std::string const& logon) const {
@@ -50,14 +56,28 @@ bool AcceptedSession::isMeantBy(std::string const& logon) const {
 }
 
 bool AcceptedSession::adopt(int socket, std::string const& logon, FixFramer& rest) {
-    std::unique_lock<std::timed_mutex> lock(adopting_, patience);
-    if (!lock.owns_lock() || isStopped())
+    if (!takeTurn())
         return false;
     forgetLogout();
     prepareSocket(socket, target());
     framer_ = rest;
     serve(socket, logon);
+    giveTurn();
     return true;
+}
+
+bool AcceptedSession::takeTurn() {
+    std::unique_lock<std::mutex> lock(turnMutex_);
+    if (!turnGiven_.wait_for(lock, patience, [this] { return !hasLink_; }) || isStopped())
+        return false;
+    hasLink_ = true;
+    return true;
+}
+
+void AcceptedSession::giveTurn() {
+    std::lock_guard<std::mutex> lock(turnMutex_);
+    hasLink_ = false;
+    turnGiven_.notify_one();
 }
 
 // One accepted link with its thread.
