@@ -113,11 +113,11 @@ void mayBeGivenUpInsideACallback(Trial& trial) {
     std::atomic<int> calls{0};
     auto* const recorder = new LeavesByItself(ended);
     auto own = std::make_shared<counted_ptr<IZANEventListener>>(recorder);
-    recorder->onEvent = [&calls, own] {
+    recorder->onEvent([&calls, own] {
         ++calls;
         Trial::engine().destroyDirectSubscriber(*own);
         own->reset();
-    };
+    });
     Trial::engine().subscribeDirect(Trial::me, trial.name(), true, true, true, *own);
     EventRecorder& other = trial.record();
     trial.send(trial.newId());

@@ -40,8 +40,11 @@ class EventRecorder : public IZANEventListener {
 public:
     using Test = std::function<bool(SeenEvent const&)>;
 
-    /// Runs on the delivery thread, for each event, before it is kept.
-    std::function<void()> onEvent;
+    /// Runs on the delivery thread, for each event from now on, before it is kept.
+    void onEvent(std::function<void()> action) {
+        std::lock_guard const lock(mutex_);
+        action_ = std::move(action);
+    }
 
     /// How long `waitFor` waits.
     std::chrono::milliseconds patience = std::chrono::seconds(30);
@@ -112,9 +115,14 @@ private:
         return text;
     }
 
+    std::function<void()> action() {
+        std::lock_guard const lock(mutex_);
+        return action_;
+    }
+
     void keep(SeenEvent seen) {
-        if (onEvent) {
-            onEvent();
+        if (auto const act = action()) {
+            act();
         }
         std::lock_guard const lock(mutex_);
         events_.push_back(std::move(seen));
@@ -124,6 +132,7 @@ private:
     std::mutex mutex_;
     std::condition_variable arrived_;
     std::vector<SeenEvent> events_;
+    std::function<void()> action_;
 };
 
 } // namespace zan::conformance

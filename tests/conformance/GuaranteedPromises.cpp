@@ -206,11 +206,11 @@ void askFromInsideAListener(Trial& trial) {
     Desk desk(trial);
     // The first event may be one before which there is nothing to be lost.
     int timesToAsk = 3;
-    desk.recorder->onEvent = [&] {
+    desk.recorder->onEvent([&] {
         if (timesToAsk-- > 0) {
             desk.listener->retrievePotentiallyLostMessages();
         }
-    };
+    });
     trial.send(trial.newId());
     EXPECT_TRUE(desk.recorder->waitFor([](SeenEvent const& e) { return e.field(97) == "Y"; }));
     Trial::engine().destroyDirectSubscriber(desk.listener);

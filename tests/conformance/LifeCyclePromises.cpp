@@ -48,10 +48,10 @@ void stopsWhileEventsWait(Trial& trial) {
     trial.connect();
     std::atomic<bool> isStopped{false};
     std::atomic<int> late{0};
-    recorder.onEvent = [&] {
+    recorder.onEvent([&] {
         late += isStopped ? 1 : 0;
         std::this_thread::sleep_for(1ms);
-    };
+    });
     for (int i = 0; i < 100; ++i) {
         trial.send(trial.newId());
     }

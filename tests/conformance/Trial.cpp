@@ -74,7 +74,7 @@ EventRecorder& Trial::listen(std::string const& type) {
 
 EventRecorder& Trial::record(std::function<void()> onEvent) {
     EventRecorder& recorder = keep(new EventRecorder);
-    recorder.onEvent = std::move(onEvent);
+    recorder.onEvent(std::move(onEvent));
     engine().subscribeDirect(me, name_, true, true, true, recorders_.back());
     return recorder;
 }

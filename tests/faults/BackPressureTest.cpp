@@ -178,7 +178,7 @@ TEST_F(BackPressureTest, OfASlowListenerKeepsMemoryBoundedWhileTheySend) {
 TEST_F(BackPressureTest, OfAListenerThatDoesNotReturnDoesNotReachAnotherConnection) {
     startBoth({});
     Hold hold;
-    recordOf("C").onEvent = hold.wait();
+    recordOf("C").onEvent(hold.wait());
     connectBoth();
     engine().sendMessage(me, "C", order("held"));
     auto const times = timesOfTalkingAtD(200);
@@ -191,7 +191,7 @@ TEST_F(BackPressureTest, OfAListenerOfTheFacadeDoesNotReachAnotherConnection) {
     startBoth({});
     auto* const held = new EventRecorder;
     Hold hold;
-    held->onEvent = hold.wait();
+    held->onEvent(hold.wait());
     recorders_.push_back(counted_ptr<IZANEventListener>(held));
     engine().subscribe(me, recorders_.back(), "C", ZANEngineDefs::APP_EVENT_TYPE);
     auto* const free = new EventRecorder;
@@ -208,7 +208,7 @@ TEST_F(BackPressureTest, OfAListenerOfTheFacadeDoesNotReachAnotherConnection) {
 TEST_F(BackPressureTest, IsNotCausedByAListenerThatThrows) {
     startBoth({});
     CapturedOutput const output;
-    recordOf("C").onEvent = [] { throw std::runtime_error("no"); };
+    recordOf("C").onEvent([] { throw std::runtime_error("no"); });
     EventRecorder& next = recordOf("C");
     connectBoth();
     for (int i = 0; i < 100; ++i) {

@@ -24,10 +24,10 @@ TEST_F(DeliveryTest, ReportsAListenerThatThrowsAndGoesOn) {
     CapturedOutput const output;
     auto* const failing = new EventRecorder;
     std::atomic<int> calls{0};
-    failing->onEvent = [&calls] {
+    failing->onEvent([&calls] {
         ++calls;
         throw std::runtime_error("no room\nfor more");
-    };
+    });
     auto const listener = subscribed(failing, ZANEngineDefs::APP_EVENT_TYPE);
     EventRecorder& direct = record();
     long const id = engine().sendMessage(me, "C", order("t-1"));

@@ -29,9 +29,8 @@ TEST_F(DirectSubscriptionTest, OfOneKindMayBeGivenUpInsideACallback) {
     startAndConnect();
     auto* const recorder = new EventRecorder;
     recorders_.push_back(counted_ptr<IZANEventListener>(recorder));
-    recorder->onEvent = [this] {
-        engine().unsubscribeDirect(me, "C", false, true, false, recorders_.front());
-    };
+    recorder->onEvent(
+        [this] { engine().unsubscribeDirect(me, "C", false, true, false, recorders_.front()); });
     engine().subscribeDirect(me, "C", false, true, false, recorders_.front());
     EventRecorder& other = record();
     engine().sendMessage(me, "C", order("x-1"));

@@ -97,7 +97,7 @@ protected:
     /// A recorder of all kinds of events of connection `C`, straight from the engine.
     EventRecorder& record(std::function<void()> onEvent = nullptr) {
         auto* const recorder = new EventRecorder;
-        recorder->onEvent = std::move(onEvent);
+        recorder->onEvent(std::move(onEvent));
         recorders_.push_back(counted_ptr<IZANEventListener>(recorder));
         engine().subscribeDirect(me, "C", true, true, true, recorders_.back());
         return *recorder;
