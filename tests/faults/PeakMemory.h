@@ -25,7 +25,7 @@ public:
 
     /// False where a sanitizer keeps memory that was given back.
     static constexpr bool canTell() {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef ZAN_TEST_SANITIZED
         return false;
 #else
         return true;
