@@ -2,10 +2,11 @@
 #ifndef ZANENGINE_TESTS_SUPPORT_PROMETHEUSTEXT_H
 #define ZANENGINE_TESTS_SUPPORT_PROMETHEUSTEXT_H
 
+#include "support/Pattern.h"
+
 #include <cmath>
 #include <limits>
 #include <map>
-#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -57,16 +58,15 @@ private:
     }
 
     void readLine() {
-        static std::regex const help("# HELP ([a-z_]+) (.+)");
-        static std::regex const type("# TYPE ([a-z_]+) (counter|gauge|histogram)");
-        static std::regex const sample(
+        static Pattern const help("# HELP ([a-z_]+) (.+)");
+        static Pattern const type("# TYPE ([a-z_]+) (counter|gauge|histogram)");
+        static Pattern const sample(
             R"rx(([a-z_]+)((?:\{[a-z_]+="(?:[^"\\\n]|\\[\\"n])*"(?:,[a-z_]+="(?:[^"\\\n]|\\[\\"n])*")*\})?) (\S+))rx");
-        std::smatch parts;
-        if (std::regex_match(line_, parts, help)) {
-            helped_ = parts[1];
-        } else if (std::regex_match(line_, parts, type)) {
-            beginFamily(parts[1], parts[2]);
-        } else if (std::regex_match(line_, parts, sample)) {
+        if (auto const helped = help.groupsOf(line_); !helped.empty()) {
+            helped_ = helped[1];
+        } else if (auto const typed = type.groupsOf(line_); !typed.empty()) {
+            beginFamily(typed[1], typed[2]);
+        } else if (auto const parts = sample.groupsOf(line_); !parts.empty()) {
             addSample(parts[1], parts[2], parts[3]);
         } else {
             fail("neither a comment nor a sample");
@@ -108,13 +108,13 @@ private:
     }
 
     void addBucket(std::string const& labels, double value) {
-        static std::regex const last(R"rx((.*),le="([^"]+)"\})rx");
-        std::smatch parts;
-        if (!std::regex_match(labels, parts, last)) {
+        static Pattern const last(R"rx((.*),le="([^"]+)"\})rx");
+        auto const parts = last.groupsOf(labels);
+        if (parts.empty()) {
             fail("a bucket needs le as its last label");
         }
         double const bound = std::stod(parts[2]);
-        auto& buckets = buckets_[{family_, parts[1].str() + "}"}];
+        auto& buckets = buckets_[{family_, parts[1] + "}"}];
         if (!buckets.empty() &&
             (buckets.rbegin()->first >= bound || buckets.rbegin()->second > value)) {
             fail("the buckets do not rise");

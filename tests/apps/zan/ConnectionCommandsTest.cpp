@@ -1,8 +1,8 @@
 // What a person sees of connections: names, states, logging on and off, and how failures are told.
 #include "apps/zan/ZanFixture.h"
+#include "support/Pattern.h"
 
 #include <csignal>
-#include <regex>
 
 namespace {
 
@@ -19,9 +19,9 @@ TEST_F(ConnectionCommands, ShowTheStateAfterALogonAndLogOutAgain) {
     useCounterparty();
     RunResult const run = zan({"connect"});
     EXPECT_EQ(run.code, 0) << run.errors;
-    EXPECT_TRUE(std::regex_search(
-        run.output, std::regex("C     logged on  \\d{8}-\\d\\d:\\d\\d:\\d\\d.\\d{3} +10  "
-                               "127.0.0.1:\\d+  127.0.0.1:\\d+")))
+    EXPECT_TRUE(Pattern("C     logged on  \\d{8}-\\d\\d:\\d\\d:\\d\\d.\\d{3} +10  "
+                        "127.0.0.1:\\d+  127.0.0.1:\\d+")
+                    .isIn(run.output))
         << run.output;
     EXPECT_EQ(run.errors, "zan: the engine is in this program, so C is logged out again; --stay "
                           "would keep it\n");
@@ -70,7 +70,7 @@ TEST_F(ConnectionCommands, PingACounterparty) {
 TEST_F(ConnectionCommands, ShowSettings) {
     useCounterparty();
     RunResult const run = zan({"properties", "C"});
-    EXPECT_TRUE(std::regex_search(run.output, std::regex("C +TargetCompID +THEM"))) << run.output;
+    EXPECT_TRUE(Pattern("C +TargetCompID +THEM").isIn(run.output)) << run.output;
 }
 
 TEST_F(ConnectionCommands, AskBeforeAReset) {
@@ -104,7 +104,7 @@ TEST_P(Failures, AreToldInOneLineAndByTheirCode) {
     RunResult const run = zan(GetParam().arguments);
     EXPECT_EQ(run.code, GetParam().code) << run.errors;
     EXPECT_EQ(run.output, "");
-    EXPECT_TRUE(std::regex_search(run.errors, std::regex(GetParam().text))) << run.errors;
+    EXPECT_TRUE(Pattern(GetParam().text).isIn(run.errors)) << run.errors;
     EXPECT_EQ(lines(run.errors).size(), 1U) << run.errors;
 }
 

@@ -87,14 +87,7 @@ protected:
     }
 
     /// Each line as an object of JSON.
-    static std::vector<nlohmann::ordered_json> objects(std::string const& output) {
-        std::vector<nlohmann::ordered_json> all;
-        std::istringstream lines(output);
-        for (std::string line; std::getline(lines, line);) {
-            all.push_back(nlohmann::ordered_json::parse(line));
-        }
-        return all;
-    }
+    static std::vector<nlohmann::ordered_json> objects(std::string const& output);
 
     static std::vector<std::string> lines(std::string const& output) {
         std::vector<std::string> all;
