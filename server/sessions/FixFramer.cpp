@@ -11,6 +11,8 @@ namespace {
 std::size_t const longestHead = 40;
 std::size_t const trailerLength = 7; // 10=123|
 char const soh = '\x01';
+// "8=" alone stands in many a field.
+std::string const beginning = "8=FIX";
 } // namespace
 
 std::size_t const FixFramer::longestBody;
@@ -32,8 +34,7 @@ void FixFramer::clear() {
 
 FixFramer::Result FixFramer::next(std::string& message, std::string& fault) {
     std::size_t const left = buffer_.size() - begin_;
-    if (buffer_.compare(begin_, std::min<std::size_t>(left, 2),
-                        "8=", std::min<std::size_t>(left, 2)))
+    if (buffer_.compare(begin_, beginning.size(), beginning, 0, left) != 0)
         return dropToNext(begin_, "no message begins here", message, fault);
     std::size_t const versionEnd = fieldEnd(begin_);
     std::size_t const lengthEnd =
@@ -60,10 +61,9 @@ std::size_t FixFramer::fieldEnd(std::size_t start) const {
     return std::string::npos;
 }
 
-// The last bytes may be the first ones of the next message. "8=" alone stands in many a field.
+// The last bytes may be the first ones of the next message.
 FixFramer::Result FixFramer::dropToNext(std::size_t from, std::string const& why,
                                         std::string& dropped, std::string& fault) {
-    static std::string const beginning = "8=FIX";
     std::size_t next = buffer_.find(beginning, from);
     if (next == std::string::npos) {
         next = std::max(from, buffer_.size() - std::min(buffer_.size(), beginning.size() - 1));
