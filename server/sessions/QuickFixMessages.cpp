@@ -4,7 +4,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <numeric>
 
 namespace zan {
@@ -181,10 +180,11 @@ std::string faultOfLogon(std::string const& logon, FIX::SessionID const& session
 }
 
 bool isAdminText(std::string const& text) {
+    static std::string const types = "0A12345";
     std::size_t const at = text.find("\x01"
                                      "35=");
     return at != std::string::npos && at + 5 < text.size() && text[at + 5] == '\x01' &&
-           std::memchr("0A12345", text[at + 4], 7) != nullptr;
+           types.find(text[at + 4]) != std::string::npos;
 }
 
 } // namespace server
