@@ -37,7 +37,7 @@ counted_ptr<ZANMessage> modelOf(std::string const& message, Dictionary const& di
     char const separator =
         message.find(server::fieldSeparator) == std::string::npos ? '|' : server::fieldSeparator;
     return counted_ptr<ZANMessage>(new ZANMessage(
-        server::readMessage(message, separator, server::Reading::Strict, dictionary.groups)));
+        server::readMessage(message, separator, server::Reading::Strict, dictionary.compiled)));
 }
 
 } // namespace zan::cli

@@ -6,6 +6,7 @@
 
 #include "server/dictionaries/FieldNames.h"
 #include "server/sessions/GroupDictionary.h"
+#include "server/wire/CompiledDictionary.h"
 
 #include <map>
 #include <memory>
@@ -15,10 +16,11 @@
 
 namespace zan::cli {
 
-/// One dictionary: the names in it, and the groups.
+/// One dictionary: the names in it, and the groups, to be looked at and to read messages with.
 struct Dictionary {
     server::FieldNames names;
     server::GroupDictionary groups;
+    server::CompiledDictionary compiled;
 };
 
 class Names {

@@ -16,7 +16,7 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr std::chrono::seconds patience{30};
+constexpr std::chrono::seconds patience{100};
 
 // In the new process.
 [[noreturn]] void become(RunSettings const& settings) {
