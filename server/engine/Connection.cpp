@@ -52,7 +52,7 @@ Connection::~Connection() {
 }
 
 void Connection::start(std::shared_ptr<void> owner) {
-    queue_.start(std::move(owner));
+    queue_.start(std::move(owner), [this] { subscribers_.clear(); });
 }
 
 std::string Connection::described(std::string const& what) const {

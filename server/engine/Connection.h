@@ -156,7 +156,8 @@ private:
     void deliver(Delivery const& delivery);
     void deliverMessage(FixEntry const& entry);
     void deliverState(LinkState const& state);
-    void redeliverUpTo(long lastId, std::string const& subscriber, MessageSieve& sieve);
+    /// False when the patience with the listeners was over before the end.
+    bool redeliverUpTo(long lastId, std::string const& subscriber, MessageSieve& sieve);
     void redeliver(FixEntry const& entry, MessageSieve& sieve);
     bool isWanted(FixEntry const& entry, Subscriber const& subscriber);
     template <class Call>

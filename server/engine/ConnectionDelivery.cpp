@@ -114,8 +114,9 @@ std::future<void> Connection::redeliver(std::string const& subscriber,
     std::future<void> future = done->get_future();
     queue_.push([this, subscriber, sieve, done](long lastId) {
         try {
-            redeliverUpTo(lastId, subscriber, *sieve);
-            done->set_value();
+            if (redeliverUpTo(lastId, subscriber, *sieve)) {
+                done->set_value();
+            }
         } catch (...) {
             done->set_exception(std::current_exception());
         }
@@ -123,7 +124,7 @@ std::future<void> Connection::redeliver(std::string const& subscriber,
     return future;
 }
 
-void Connection::redeliverUpTo(long lastId, std::string const& subscriber, MessageSieve& sieve) {
+bool Connection::redeliverUpTo(long lastId, std::string const& subscriber, MessageSieve& sieve) {
     Marks const marks = marksOf(log_, subscriber);
     long next = std::max<long>(std::ranges::min(marks), 0) + 1;
     for (; next <= lastId; next += redeliveredAtATime) {
@@ -138,11 +139,12 @@ void Connection::redeliverUpTo(long lastId, std::string const& subscriber, Messa
         });
         for (FixEntry const& entry : entries) {
             if (queue_.isDropping()) {
-                return;
+                return false;
             }
             redeliver(entry, sieve);
         }
     }
+    return true;
 }
 
 void Connection::redeliver(FixEntry const& entry, MessageSieve& sieve) {

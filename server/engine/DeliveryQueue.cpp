@@ -24,8 +24,9 @@ DeliveryQueue::~DeliveryQueue() {
     stop(std::chrono::milliseconds::zero());
 }
 
-void DeliveryQueue::start(std::shared_ptr<void> owner) {
-    thread_ = std::thread([this, owner = std::move(owner)] { run(); });
+void DeliveryQueue::start(std::shared_ptr<void> owner, std::function<void()> atEnd) {
+    thread_ =
+        std::thread([this, owner = std::move(owner), atEnd = std::move(atEnd)] { run(atEnd); });
 }
 
 bool DeliveryQueue::stop(std::chrono::milliseconds patience) {
@@ -114,7 +115,7 @@ std::chrono::milliseconds DeliveryQueue::timeOfDelivery() const {
 }
 
 // The thread's own hold on the owner goes after this: nothing of the queue is touched then.
-void DeliveryQueue::run() {
+void DeliveryQueue::run(std::function<void()> const& atEnd) {
     deliveringThread_ = std::this_thread::get_id();
     std::vector<Delivery> batch;
     while (take(batch)) {
@@ -123,9 +124,13 @@ void DeliveryQueue::run() {
             roomAgain_();
         }
         deliverAll(batch);
+        if (isDropping_) {
+            break;
+        }
         batch.clear();
         lookOut();
     }
+    atEnd();
     deliveringThread_ = std::thread::id();
     std::lock_guard const lock(mutex_);
     waiting_.clear();

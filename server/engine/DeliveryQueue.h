@@ -43,8 +43,9 @@ public:
     DeliveryQueue(DeliveryQueue const&) = delete;
     DeliveryQueue& operator=(DeliveryQueue const&) = delete;
 
-    /// The thread holds `owner`, which has this queue, until it ends.
-    void start(std::shared_ptr<void> owner);
+    /// The thread holds `owner`, which has this queue, until it ends. When nothing will be
+    /// delivered any more it calls `atEnd`, and only then drops the errands that were not done.
+    void start(std::shared_ptr<void> owner, std::function<void()> atEnd);
 
     /// Delivers what waits, then ends the thread. What is not delivered when `patience` is over is
     /// dropped; then it returns false while a listener still runs, and the thread ends after it.
@@ -66,7 +67,7 @@ public:
     /// False when there was no room until the time was over.
     bool waitForRoom(std::chrono::milliseconds patience);
 
-    /// Whether the caller runs inside `deliver`.
+    /// Whether the caller runs on the queue's thread.
     bool isDelivering() const;
 
     /// Whether the patience with the listeners is over: a long delivery then ends early.
@@ -78,7 +79,7 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    void run();
+    void run(std::function<void()> const& atEnd);
     void lookOut() const;
     bool take(std::vector<Delivery>& batch);
     void deliverAll(std::vector<Delivery> const& batch);

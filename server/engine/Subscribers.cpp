@@ -97,6 +97,17 @@ void Subscribers::remove(void const* identity, EventKinds kinds) {
     release(removed);
 }
 
+void Subscribers::clear() {
+    static std::mutex ending;
+    std::vector<Shared> ended;
+    std::lock_guard const turn(ending);
+    {
+        std::lock_guard const lock(mutex_);
+        ended.swap(subscribers_);
+    }
+    release(ended);
+}
+
 void Subscribers::forEach(bool EventKinds::*kind,
                           std::function<void(Subscriber const&)> const& deliver) {
     std::vector<Shared> selected = select(kind);

@@ -55,6 +55,10 @@ public:
     void remove(PlainListener const& listener, EventKinds kinds);
     void remove(GuaranteedListener const& listener, EventKinds kinds);
 
+    /// Lets go of all, when nothing will be delivered any more. Connections that end at the same
+    /// time may share a listener.
+    void clear();
+
     /// Calls `deliver` for each listener that has the kind, in the order in which they were added
     /// and without a lock.
     void forEach(bool EventKinds::*kind, std::function<void(Subscriber const&)> const& deliver);

@@ -23,9 +23,9 @@ protected:
     }
 
     /// After a listener has ended the engine, everything of it is gone, and a new one can be.
-    void expectEndedByTheListener() {
-        engine().sendMessage(me, "C", order("last"));
-        ASSERT_TRUE(eventually([this] { return ending_->hasEnded.load(); }));
+    void expectEndedByTheListener(std::size_t ordersSent) {
+        ASSERT_TRUE(eventually([this] { return ending_->isGone.load(); }));
+        EXPECT_TRUE(ending_->hasEnded);
         EXPECT_FALSE(ending_->hasFailed);
         EXPECT_FALSE(ZANEngineProxy::isInitialized());
         ASSERT_TRUE(eventually([this] {
@@ -38,7 +38,12 @@ protected:
         }));
         engine().connect(me, "C");
         EXPECT_TRUE(isConnected());
-        EXPECT_EQ(ordersInLog().size(), 1u);
+        EXPECT_EQ(ordersInLog().size(), ordersSent);
+    }
+
+    void expectEndedByTheNextMessage() {
+        engine().sendMessage(me, "C", order("last"));
+        expectEndedByTheListener(1);
     }
 
     std::shared_ptr<Ending> const ending_ = std::make_shared<Ending>();
@@ -48,21 +53,22 @@ protected:
 TEST_F(ShutdownTest, MayBeAskedForByADirectListener) {
     engine().subscribeDirect(me, "C", false, true, false, ender_);
     ender_.reset();
-    expectEndedByTheListener();
+    expectEndedByTheNextMessage();
 }
 
 TEST_F(ShutdownTest, MayBeAskedForByAGuaranteedListener) {
     counted_ptr<ZANGuaranteedEngineMessageListener> listener(
         new ZANGuaranteedEngineMessageListener(ender_));
     engine().subscribeDirect(me, "C", false, true, false, listener);
-    expectEndedByTheListener();
+    listener.reset();
+    ender_.reset();
+    expectEndedByTheNextMessage();
 }
 
 TEST_F(ShutdownTest, MayBeAskedForByAListenerOfTheFacade) {
     engine().subscribe(me, ender_, "C", ZANEngineDefs::APP_EVENT_TYPE);
-    // From here on it is the engine's alone, which lets go of it on another thread.
     ender_.reset();
-    expectEndedByTheListener();
+    expectEndedByTheNextMessage();
 }
 
 TEST_F(ShutdownTest, MayBeAskedForDuringARedelivery) {
@@ -71,10 +77,15 @@ TEST_F(ShutdownTest, MayBeAskedForDuringARedelivery) {
     ASSERT_TRUE(recorder.waitFor(isReport, 20));
     counted_ptr<ZANGuaranteedEngineMessageListener> listener(
         new ZANGuaranteedEngineMessageListener(ender_));
+    ender_.reset();
     engine().subscribeDirect(me, "C", false, true, false, listener);
-    listener->retrievePotentiallyLostMessages();
-    EXPECT_TRUE(eventually([this] { return ending_->hasEnded.load(); }));
-    EXPECT_FALSE(ZANEngineProxy::isInitialized());
+    EXPECT_EQ(failureOf<ZANEngineException>([&] { listener->retrievePotentiallyLostMessages(); }),
+              "the engine stopped before everything was delivered");
+    // The engine has let go of it, so this is the last handle.
+    EXPECT_FALSE(ending_->isGone);
+    listener.reset();
+    EXPECT_TRUE(ending_->isGone);
+    expectEndedByTheListener(20);
 }
 
 TEST_F(ShutdownTest, MayBeAskedForTwice) {

@@ -9,18 +9,23 @@
 #include <memory>
 #include <utility>
 
-/// What the listener tells. It outlives the listener, which goes with the engine.
+/// What the listener tells. It outlives the listener, which goes with the engine: `isGone` is the
+/// last of it.
 struct Ending {
     std::atomic<bool> hasBegun{false};
     std::atomic<bool> hasEnded{false};
     std::atomic<bool> hasFailed{false};
+    std::atomic<bool> isGone{false};
 };
 
-/// Ends the engine with the first event that it gets. The last handle of it belongs to the engine,
-/// which lets go of it on a thread of its own: a test keeps none.
+/// Ends the engine with the first event that it gets. The engine lets go of its listeners on a
+/// thread of its own then: a test keeps no handle of them, or lets go of it before the event comes.
 class Ender : public IZANEventListener {
 public:
     explicit Ender(std::shared_ptr<Ending> ending) : ending_(std::move(ending)) {}
+    Ender(Ender const&) = delete;
+    Ender& operator=(Ender const&) = delete;
+    ~Ender() override { ending_->isGone = true; }
 
     void processEvent(counted_ptr<ZANEvent>) override {
         if (ending_->hasBegun.exchange(true)) {

@@ -38,6 +38,10 @@ protected:
         queue = std::make_shared<DeliveryQueue>(std::move(deliver), std::move(roomAgain), 0);
     }
 
+    void start() {
+        queue->start(queue, [] {});
+    }
+
     std::shared_ptr<DeliveryQueue> queue;
 };
 
@@ -56,7 +60,7 @@ TEST_F(DeliveryQueueTest, DeliversMessagesStatesAndErrandsInTheirOrder) {
     queue->push(LinkState{});
     queue->push([&](long lastId) { order += "errand after " + std::to_string(lastId) + " "; });
     push(2, "two ");
-    queue->start(queue);
+    start();
     EXPECT_TRUE(queue->stop(10s));
     EXPECT_EQ(order, "one state errand after 1 two ");
 }
@@ -70,7 +74,7 @@ TEST_F(DeliveryQueueTest, KnowsTheNewestMessageOfBefore) {
         },
         [] {}, 41);
     queue->push([&](long lastId) { known = lastId; });
-    queue->start(queue);
+    start();
     EXPECT_TRUE(queue->stop(10s));
     EXPECT_EQ(known, 41);
 }
@@ -92,7 +96,7 @@ TEST_F(DeliveryQueueTest, TellsWhenItIsFullAndWhenThereIsRoomAgain) {
     }
     EXPECT_FALSE(queue->hasRoom());
     EXPECT_FALSE(queue->waitForRoom(10ms));
-    queue->start(queue);
+    start();
     EXPECT_TRUE(queue->waitForRoom(10s));
     release.set_value();
     EXPECT_TRUE(queue->stop(10s));
@@ -108,7 +112,7 @@ TEST_F(DeliveryQueueTest, TellsHowMuchIsNotDelivered) {
     push(2, "two");
     queue->push(LinkState{});
     EXPECT_EQ(queue->size(), 3u);
-    queue->start(queue);
+    start();
     EXPECT_TRUE(queue->stop(10s));
     EXPECT_EQ(sizes, (std::vector<std::size_t>{3, 2, 1}));
     EXPECT_EQ(queue->size(), 0u);
@@ -118,7 +122,7 @@ TEST_F(DeliveryQueueTest, KnowsItsOwnThread) {
     std::atomic<bool> isInside{false};
     make([&](Delivery const&) { isInside = queue->isDelivering(); });
     EXPECT_FALSE(queue->isDelivering());
-    queue->start(queue);
+    start();
     push(1, "x");
     EXPECT_TRUE(queue->stop(10s));
     EXPECT_TRUE(isInside);
@@ -139,7 +143,7 @@ TEST_F(DeliveryQueueTest, MeasuresTheDeliveryThatIsUnderWay) {
         release.get_future().wait();
     });
     EXPECT_EQ(queue->timeOfDelivery(), 0ms);
-    queue->start(queue);
+    start();
     push(1, "x");
     entered.get_future().wait();
     std::this_thread::sleep_for(20ms);
@@ -152,7 +156,7 @@ TEST_F(DeliveryQueueTest, MeasuresTheDeliveryThatIsUnderWay) {
 TEST_F(DeliveryQueueTest, SleepsSoonAfterADelivery) {
     std::promise<void> delivered;
     make([&](Delivery const&) { delivered.set_value(); });
-    queue->start(queue);
+    start();
     push(1, "one");
     delivered.get_future().wait();
     std::this_thread::sleep_for(10ms);
@@ -167,8 +171,8 @@ TEST_F(DeliveryQueueTest, DeliversWhetherItSleepsOrIsStillAwake) {
     std::atomic<int> count{0};
     make([&](Delivery const&) { ++count; });
     auto const other = std::make_shared<DeliveryQueue>([&](Delivery const&) { ++count; }, [] {}, 0);
-    queue->start(queue);
-    other->start(other);
+    start();
+    other->start(other, [] {});
     int pushed = 0;
     for (auto const pause : {0us, 50us, 150us, 250us, 1000us, 5000us}) {
         for (int i = 0; i < 20; ++i) {
@@ -192,7 +196,7 @@ TEST_F(DeliveryQueueTest, LeavesAListenerBehindThatDoesNotReturn) {
         released.wait();
         ++*delivered;
     });
-    queue->start(queue);
+    start();
     push(1, "x");
     push(2, "never delivered");
     entered.get_future().wait();
@@ -207,10 +211,40 @@ TEST_F(DeliveryQueueTest, LeavesAListenerBehindThatDoesNotReturn) {
     EXPECT_EQ(*delivered, 1);
 }
 
+TEST_F(DeliveryQueueTest, TellsItsEndAfterTheLastDelivery) {
+    std::string order;
+    make([&](Delivery const& delivery) { order += std::get<FixEntry>(delivery).text; });
+    push(1, "one ");
+    push(2, "two ");
+    queue->start(queue, [&] { order += queue->isDelivering() ? "end" : "end elsewhere"; });
+    EXPECT_TRUE(queue->stop(10s));
+    EXPECT_EQ(order, "one two end");
+}
+
+TEST_F(DeliveryQueueTest, DropsWhatWasNotDoneAfterItsEnd) {
+    std::atomic<bool> isEnded{false};
+    std::promise<bool> droppedAfterEnd;
+    std::promise<void> entered;
+    std::promise<void> release;
+    std::shared_ptr<void> token(nullptr,
+                                [&](std::nullptr_t) { droppedAfterEnd.set_value(isEnded); });
+    make([&, released = release.get_future().share()](Delivery const&) {
+        entered.set_value();
+        released.wait();
+    });
+    push(1, "held");
+    queue->push([token = std::move(token)](long) { FAIL() << "the queue was stopped before"; });
+    queue->start(queue, [&] { isEnded = true; });
+    entered.get_future().wait();
+    EXPECT_FALSE(queue->stop(0ms));
+    release.set_value();
+    EXPECT_TRUE(droppedAfterEnd.get_future().get());
+}
+
 TEST_F(DeliveryQueueTest, DropsErrandsThatCameTooLate) {
     auto const token = std::make_shared<int>(0);
     make([](Delivery const&) {});
-    queue->start(queue);
+    start();
     EXPECT_TRUE(queue->stop(10s));
     queue->push([token](long) {});
     EXPECT_EQ(token.use_count(), 1);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -96,6 +97,32 @@ TEST_F(SubscribersTest, MayLeaveInsideACall) {
     EXPECT_EQ(names, "ab");
     EXPECT_EQ(alive, 1);
     EXPECT_EQ(called(&EventKinds::app), "b");
+}
+
+TEST_F(SubscribersTest, AreLetGoTogetherAtTheEnd) {
+    auto const a = make('a');
+    subscribers.add(a, all);
+    subscribers.add(make('b'), all);
+    subscribers.clear();
+    EXPECT_EQ(a.use_count(), 1u);
+    EXPECT_EQ(alive, 1);
+    EXPECT_EQ(called(&EventKinds::app), "");
+}
+
+TEST_F(SubscribersTest, OfTwoConnectionsThatEndAtTheSameTimeMayBeTheSame) {
+    for (int i = 0; i < 100; ++i) {
+        Subscribers one;
+        Subscribers other;
+        auto listener = make('a');
+        one.add(listener, all);
+        other.add(listener, all);
+        listener.reset();
+        std::thread first([&] { one.clear(); });
+        std::thread second([&] { other.clear(); });
+        first.join();
+        second.join();
+        EXPECT_EQ(alive, 0);
+    }
 }
 
 TEST_F(SubscribersTest, AreNobodyWhenThePointerIsEmpty) {
