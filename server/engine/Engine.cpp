@@ -19,6 +19,9 @@ constexpr std::chrono::milliseconds keepersInterval = 250ms;
 // How long a stop waits for listeners to take what waits for them.
 constexpr std::chrono::milliseconds patienceWithListeners = 10s;
 
+// How long an operation that needs a listener to return waits for it.
+constexpr std::chrono::milliseconds patienceWithOneListener = 2s;
+
 } // namespace
 
 std::shared_ptr<Engine> Engine::make(std::vector<ConnectionSettings> connections,
@@ -109,6 +112,10 @@ std::vector<std::string> Engine::ailments() const {
 bool Engine::isDelivering() const {
     return std::ranges::any_of(connections_,
                                [](auto const& connection) { return connection->isDelivering(); });
+}
+
+std::chrono::milliseconds Engine::patienceWithListener() const {
+    return isDelivering() ? 0ms : patienceWithOneListener;
 }
 
 } // namespace zan::server

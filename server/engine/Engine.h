@@ -8,6 +8,7 @@
 #include "server/engine/DataFolder.h"
 #include "server/engine/DiagnosticQueue.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -50,6 +51,10 @@ public:
 
     /// Whether the caller is a listener of one of the connections.
     bool isDelivering() const;
+
+    /// How long the caller may wait until a listener returns. A listener may not at all: listeners
+    /// that wait for each other would wait forever.
+    std::chrono::milliseconds patienceWithListener() const;
 
 private:
     Engine(std::vector<ConnectionSettings> connections, std::string const& dataFolder,

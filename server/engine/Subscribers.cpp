@@ -16,6 +16,20 @@ EventKinds without(EventKinds left, EventKinds right) {
     return {left.admin && !right.admin, left.app && !right.app, left.state && !right.state};
 }
 
+// What is still used elsewhere is let go here, under the caller's lock; the rest ends with the
+// list.
+void release(std::vector<std::shared_ptr<Subscriber>>& subscribers) {
+    for (std::shared_ptr<Subscriber>& subscriber : subscribers) {
+        if (subscriber.use_count() > 1) {
+            subscriber.reset();
+        } else if (subscriber->plain && subscriber->plain.use_count() > 1) {
+            subscriber->plain.reset();
+        } else if (subscriber->guaranteed && subscriber->guaranteed.use_count() > 1) {
+            subscriber->guaranteed.reset();
+        }
+    }
+}
+
 } // namespace
 
 void const* Subscriber::identity() const {
@@ -72,39 +86,38 @@ void Subscribers::add(GuaranteedListener const& listener,
     }
 }
 
-void Subscribers::remove(PlainListener const& listener, EventKinds kinds) {
-    remove(static_cast<void const*>(listener.get()), kinds);
+void Subscribers::remove(PlainListener const& listener, EventKinds kinds, Patience patience) {
+    remove(static_cast<void const*>(listener.get()), kinds, patience);
 }
 
-void Subscribers::remove(GuaranteedListener const& listener, EventKinds kinds) {
-    remove(static_cast<void const*>(listener.get()), kinds);
+void Subscribers::remove(GuaranteedListener const& listener, EventKinds kinds, Patience patience) {
+    remove(static_cast<void const*>(listener.get()), kinds, patience);
 }
 
-void Subscribers::remove(void const* identity, EventKinds kinds) {
-    std::vector<Shared> removed;
-    {
-        std::lock_guard const lock(mutex_);
-        Shared* const known = find(identity);
-        if (!known) {
-            return;
-        }
-        (*known)->kinds = without((*known)->kinds, kinds);
-        if (!(*known)->kinds.any()) {
-            removed.push_back(std::move(*known));
-            std::erase(subscribers_, nullptr);
-        }
+void Subscribers::remove(void const* identity, EventKinds kinds, Patience patience) {
+    Subscriber ended; // goes after the lock
+    std::unique_lock lock(mutex_);
+    Shared* const known = find(identity);
+    if (!known) {
+        return;
     }
-    release(removed);
+    (*known)->kinds = without((*known)->kinds, kinds);
+    if ((*known)->kinds.any()) {
+        return;
+    }
+    Shared const removed = std::move(*known);
+    std::erase(subscribers_, nullptr);
+    if (returned_.wait_for(lock, patience, [&] { return called_ != removed.get(); })) {
+        ended = std::exchange(*removed, {});
+    }
 }
 
 void Subscribers::clear() {
     static std::mutex ending;
     std::vector<Shared> ended;
     std::lock_guard const turn(ending);
-    {
-        std::lock_guard const lock(mutex_);
-        ended.swap(subscribers_);
-    }
+    std::lock_guard const lock(mutex_);
+    ended.swap(subscribers_);
     release(ended);
 }
 
@@ -112,9 +125,30 @@ void Subscribers::forEach(bool EventKinds::*kind,
                           std::function<void(Subscriber const&)> const& deliver) {
     std::vector<Shared> selected = select(kind);
     for (Shared const& subscriber : selected) {
-        deliver(*subscriber);
+        if (beginCall(*subscriber)) {
+            deliver(*subscriber);
+            endCall();
+        }
     }
+    std::lock_guard const lock(mutex_);
     release(selected);
+}
+
+bool Subscribers::beginCall(Subscriber const& subscriber) {
+    std::lock_guard const lock(mutex_);
+    if (!subscriber.kinds.any()) {
+        return false;
+    }
+    called_ = &subscriber;
+    return true;
+}
+
+void Subscribers::endCall() {
+    {
+        std::lock_guard const lock(mutex_);
+        called_ = nullptr;
+    }
+    returned_.notify_all();
 }
 
 bool Subscribers::hasSieve(MessageSieve const& sieve) const {
@@ -129,20 +163,6 @@ std::vector<Subscribers::Shared> Subscribers::select(bool EventKinds::*kind) con
     std::ranges::copy_if(subscribers_, std::back_inserter(selected),
                          [&](Shared const& entry) { return entry->kinds.*kind; });
     return selected;
-}
-
-// What is still used elsewhere is let go under the lock; the rest ends with the caller's list.
-void Subscribers::release(std::vector<Shared>& subscribers) {
-    std::lock_guard const lock(mutex_);
-    for (Shared& subscriber : subscribers) {
-        if (subscriber.use_count() > 1) {
-            subscriber.reset();
-        } else if (subscriber->plain && subscriber->plain.use_count() > 1) {
-            subscriber->plain.reset();
-        } else if (subscriber->guaranteed && subscriber->guaranteed.use_count() > 1) {
-            subscriber->guaranteed.reset();
-        }
-    }
 }
 
 } // namespace zan::server

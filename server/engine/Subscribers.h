@@ -1,7 +1,9 @@
 /// The listeners that are attached straight to one connection.
 ///
-/// Threads: any. Reference counts of listeners are plain, so the copies held here are made and let
-/// go under the lock of this object; a listener that ends with its last reference ends outside it.
+/// Threads: any, but for `forEach` and `clear`, which belong to the thread that delivers. Reference
+/// counts of listeners are plain, so the copies held here are made and let go under the lock of
+/// this object, or by the thread that removes the listener; a listener that ends with its last
+/// reference ends outside the lock.
 #ifndef ZANENGINE_SERVER_ENGINE_SUBSCRIBERS_H
 #define ZANENGINE_SERVER_ENGINE_SUBSCRIBERS_H
 
@@ -10,6 +12,8 @@
 #include "infra/counted_ptr.h"
 #include "server/engine/MessageSieve.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -44,6 +48,7 @@ class Subscribers {
 public:
     using PlainListener = counted_ptr<IZANEventListener>;
     using GuaranteedListener = counted_ptr<ZANGuaranteedEngineMessageListener>;
+    using Patience = std::chrono::milliseconds;
 
     /// Adds kinds to those that the listener has; a listener that is new comes last. An empty
     /// pointer is ignored.
@@ -51,16 +56,18 @@ public:
     void add(GuaranteedListener const& listener, std::shared_ptr<MessageSieve> const& sieve,
              EventKinds kinds);
 
-    /// Takes kinds away; a listener without any is let go. May be called by the listener itself.
-    void remove(PlainListener const& listener, EventKinds kinds);
-    void remove(GuaranteedListener const& listener, EventKinds kinds);
+    /// Takes kinds away; a listener without any is let go before this returns. While it is being
+    /// called that waits, for `patience`; then the thread that calls it lets go of it after the
+    /// call. A listener may remove itself, with a patience of zero.
+    void remove(PlainListener const& listener, EventKinds kinds, Patience patience);
+    void remove(GuaranteedListener const& listener, EventKinds kinds, Patience patience);
 
     /// Lets go of all, when nothing will be delivered any more. Connections that end at the same
     /// time may share a listener.
     void clear();
 
-    /// Calls `deliver` for each listener that has the kind, in the order in which they were added
-    /// and without a lock.
+    /// Calls `deliver`, which must not throw, for each listener that has the kind and is not
+    /// removed meanwhile, in the order in which they were added and without a lock.
     void forEach(bool EventKinds::*kind, std::function<void(Subscriber const&)> const& deliver);
 
     /// Whether there is a listener with this sieve.
@@ -70,12 +77,15 @@ private:
     using Shared = std::shared_ptr<Subscriber>;
 
     Shared* find(void const* identity);
-    void remove(void const* identity, EventKinds kinds);
+    void remove(void const* identity, EventKinds kinds, Patience patience);
     std::vector<Shared> select(bool EventKinds::*kind) const;
-    void release(std::vector<Shared>& subscribers);
+    bool beginCall(Subscriber const& subscriber);
+    void endCall();
 
     mutable std::mutex mutex_;
+    std::condition_variable returned_;
     std::vector<Shared> subscribers_;
+    Subscriber const* called_ = nullptr; // the one that `forEach` is calling
 };
 
 } // namespace zan::server

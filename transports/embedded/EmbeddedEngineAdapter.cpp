@@ -175,13 +175,16 @@ void EmbeddedEngineAdapter::subscribeDirect(Ticket, Name connection, bool admin,
 
 void EmbeddedEngineAdapter::unsubscribeDirect(Ticket, Name connection, bool admin, bool app,
                                               bool state, Listener listener) {
-    at(connection)->subscribers().remove(listener, EventKinds{admin, app, state});
+    ConnectionInUse const from = at(connection);
+    from->subscribers().remove(listener, EventKinds{admin, app, state},
+                               from.engine->patienceWithListener());
 }
 
 void EmbeddedEngineAdapter::destroyDirectSubscriber(Listener listener) {
     std::shared_ptr<server::Engine> const running = engine();
     for (auto const& connection : running->connections()) {
-        connection->subscribers().remove(listener, EventKinds{true, true, true});
+        connection->subscribers().remove(listener, EventKinds{true, true, true},
+                                         running->patienceWithListener());
     }
 }
 

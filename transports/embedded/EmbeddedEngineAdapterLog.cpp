@@ -45,13 +45,16 @@ void EmbeddedEngineAdapter::subscribeDirect(Ticket ticket, Name connection, bool
 
 void EmbeddedEngineAdapter::unsubscribeDirect(Ticket, Name connection, bool admin, bool app,
                                               bool state, GuaranteedListener listener) {
-    at(connection)->subscribers().remove(listener, EventKinds{admin, app, state});
+    ConnectionInUse const from = at(connection);
+    from->subscribers().remove(listener, EventKinds{admin, app, state},
+                               from.engine->patienceWithListener());
 }
 
 void EmbeddedEngineAdapter::destroyDirectSubscriber(GuaranteedListener listener) {
     std::shared_ptr<server::Engine> const running = engine();
     for (auto const& connection : running->connections()) {
-        connection->subscribers().remove(listener, EventKinds{true, true, true});
+        connection->subscribers().remove(listener, EventKinds{true, true, true},
+                                         running->patienceWithListener());
     }
 }
 

@@ -2,12 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <future>
 #include <string>
 #include <thread>
 
 namespace {
 
 using namespace zan::server;
+using namespace std::chrono_literals;
 
 class Named : public IZANEventListener {
 public:
@@ -62,10 +65,10 @@ TEST_F(SubscribersTest, AreHeldOnceHoweverOftenTheyAreAdded) {
 TEST_F(SubscribersTest, AreLetGoWithTheirLastKind) {
     auto a = make('a');
     subscribers.add(a, all);
-    subscribers.remove(a, {true, false, true});
+    subscribers.remove(a, {true, false, true}, 0ms);
     EXPECT_EQ(called(&EventKinds::app), "a");
     EXPECT_EQ(called(&EventKinds::admin), "");
-    subscribers.remove(a, all);
+    subscribers.remove(a, all, 0ms);
     EXPECT_EQ(a.use_count(), 1u);
 }
 
@@ -89,7 +92,7 @@ TEST_F(SubscribersTest, MayLeaveInsideACall) {
         char const name = static_cast<Named&>(*subscriber.plain).name;
         names += name;
         if (name == 'a') {
-            subscribers.remove(a, all);
+            subscribers.remove(a, all, 0ms);
             a.reset();
             EXPECT_EQ(alive, 2) << "it ended inside its own call";
         }
@@ -97,6 +100,61 @@ TEST_F(SubscribersTest, MayLeaveInsideACall) {
     EXPECT_EQ(names, "ab");
     EXPECT_EQ(alive, 1);
     EXPECT_EQ(called(&EventKinds::app), "b");
+}
+
+TEST_F(SubscribersTest, AreNotCalledOnceTheyAreRemoved) {
+    auto const a = make('a');
+    auto b = make('b');
+    subscribers.add(a, all);
+    subscribers.add(b, all);
+    std::string names;
+    subscribers.forEach(&EventKinds::app, [&](Subscriber const& subscriber) {
+        names += static_cast<Named&>(*subscriber.plain).name;
+        subscribers.remove(b, all, 0ms);
+        b.reset();
+        EXPECT_EQ(alive, 1);
+    });
+    EXPECT_EQ(names, "a");
+}
+
+TEST_F(SubscribersTest, AreNotHeldByACallOnceTheyAreRemoved) {
+    auto a = make('a');
+    subscribers.add(a, all);
+    std::promise<void> called;
+    std::atomic<bool> hasReturned{false};
+    std::thread delivering([&] {
+        subscribers.forEach(&EventKinds::app, [&](Subscriber const&) {
+            called.set_value();
+            std::this_thread::sleep_for(50ms);
+            hasReturned = true;
+        });
+    });
+    called.get_future().wait();
+    subscribers.remove(a, all, 10s);
+    EXPECT_TRUE(hasReturned);
+    EXPECT_EQ(a.use_count(), 1u);
+    a.reset();
+    EXPECT_EQ(alive, 0);
+    delivering.join();
+}
+
+TEST_F(SubscribersTest, AreWaitedForOnlySoLong) {
+    auto const a = make('a');
+    subscribers.add(a, all);
+    std::promise<void> called;
+    std::promise<void> mayReturn;
+    std::thread delivering([&] {
+        subscribers.forEach(&EventKinds::app, [&](Subscriber const&) {
+            called.set_value();
+            mayReturn.get_future().wait();
+        });
+    });
+    called.get_future().wait();
+    subscribers.remove(a, all, 20ms);
+    EXPECT_EQ(a.use_count(), 2u) << "the call still needs it";
+    mayReturn.set_value();
+    delivering.join();
+    EXPECT_EQ(a.use_count(), 1u);
 }
 
 TEST_F(SubscribersTest, AreLetGoTogetherAtTheEnd) {
