@@ -80,11 +80,8 @@ public:
     ~Dispatch() {
         ScopedGuard const guard(mutex_);
         releaseShared(proxy_);
-        releaseShared(listeners_);
-        if (listeners_) {
-            for (auto& listener : *listeners_) {
-                releaseShared(listener);
-            }
+        if (!proxy_) {
+            releaseListeners();
         }
     }
 
@@ -109,9 +106,19 @@ private:
         }
     }
 
+    void releaseListeners() {
+        releaseShared(listeners_);
+        if (listeners_) {
+            for (auto& listener : *listeners_) {
+                releaseShared(listener);
+            }
+        }
+    }
+
     IMutex* const mutex_;
-    counted_ptr<ZANEngineProxy> proxy_;
+    // The listeners end after a proxy that ends here: who sees one end may start a new proxy.
     counted_ptr<ListenerList> listeners_;
+    counted_ptr<ZANEngineProxy> proxy_;
     bool hasMap_ = false;
 };
 

@@ -5,6 +5,7 @@
 #include "events/ZANAdminMessageEvent.h"
 #include "events/ZANAppMessageEvent.h"
 #include "events/ZANConnectionStateEvent.h"
+#include "infra/ValuePresentation.h"
 #include "support/RecordingListener.h"
 #include "support/RunningEngine.h"
 
@@ -18,10 +19,6 @@
 namespace {
 
 using Listener = counted_ptr<IZANEventListener>;
-
-Listener newListener() {
-    return Listener(new RecordingListener);
-}
 
 RecordingListener& recorded(Listener const& listener) {
     return static_cast<RecordingListener&>(*listener);
@@ -54,8 +51,8 @@ protected:
 };
 
 TEST_F(EventDispatch, BringsEachKindOfMessageToItsListeners) {
-    Listener app = newListener();
-    Listener admin = newListener();
+    Listener app = recordingListener();
+    Listener admin = recordingListener();
     subscribe(app, "A", "APP");
     subscribe(admin, "A", "ADMIN");
     auto const order = appEvent("A");
@@ -71,8 +68,8 @@ TEST_F(EventDispatch, GoesByTheClassOfTheEventAndNotByItsAdminFlag) {
         using ZANAppMessageEvent::ZANAppMessageEvent;
         bool isAdmin() const override { return true; }
     };
-    Listener app = newListener();
-    Listener admin = newListener();
+    Listener app = recordingListener();
+    Listener admin = recordingListener();
     subscribe(app, "A", "APP");
     subscribe(admin, "A", "ADMIN");
     report(counted_ptr<ZANEvent>(new FlaggedEvent("A", nullptr)));
@@ -81,7 +78,7 @@ TEST_F(EventDispatch, GoesByTheClassOfTheEventAndNotByItsAdminFlag) {
 }
 
 TEST_F(EventDispatch, DropsStateEventsWithoutAWord) {
-    Listener listener = newListener();
+    Listener listener = recordingListener();
     for (char const* type : {"STATE", "APP", "ADMIN"}) {
         subscribe(listener, "A", type);
     }
@@ -93,8 +90,8 @@ TEST_F(EventDispatch, DropsStateEventsWithoutAWord) {
 }
 
 TEST_F(EventDispatch, MatchesConnectionNamesExactly) {
-    Listener a = newListener();
-    Listener empty = newListener();
+    Listener a = recordingListener();
+    Listener empty = recordingListener();
     subscribe(a, "A", "APP");
     subscribe(empty, "", "APP");
     report(appEvent("AB"));
@@ -107,7 +104,7 @@ TEST_F(EventDispatch, MatchesConnectionNamesExactly) {
 }
 
 TEST_F(EventDispatch, RefusesUnknownEventTypesAndTellsThem) {
-    Listener listener = newListener();
+    Listener listener = recordingListener();
     for (std::string const type : {"admin", "App", "", "STATES", "APP "}) {
         try {
             subscribe(listener, "A", type);
@@ -125,7 +122,7 @@ TEST_F(EventDispatch, RefusesUnknownEventTypesAndTellsThem) {
 }
 
 TEST_F(EventDispatch, AListenerSubscribedTwiceGetsAnEventOnce) {
-    Listener listener = newListener();
+    Listener listener = recordingListener();
     subscribe(listener, "A", "APP");
     subscribe(listener, "A", "APP");
     report(appEvent("A"));
@@ -137,7 +134,7 @@ TEST_F(EventDispatch, AListenerSubscribedTwiceGetsAnEventOnce) {
 }
 
 TEST_F(EventDispatch, EachNameAndTypeIsASubscriptionOfItsOwn) {
-    Listener listener = newListener();
+    Listener listener = recordingListener();
     subscribe(listener, "A", "APP");
     subscribe(listener, "A", "ADMIN");
     subscribe(listener, "B", "APP");
@@ -149,8 +146,8 @@ TEST_F(EventDispatch, EachNameAndTypeIsASubscriptionOfItsOwn) {
 }
 
 TEST_F(EventDispatch, UnsubscribingAnUnknownListenerDoesNothing) {
-    Listener known = newListener();
-    Listener unknown = newListener();
+    Listener known = recordingListener();
+    Listener unknown = recordingListener();
     subscribe(known, "A", "APP");
     unsubscribe(unknown, "A", "APP");
     unsubscribe(known, "B", "APP");
@@ -160,7 +157,7 @@ TEST_F(EventDispatch, UnsubscribingAnUnknownListenerDoesNothing) {
 
 TEST_F(EventDispatch, AnEmptyListenerCountsOnceAndGetsNothing) {
     Listener empty;
-    Listener listener = newListener();
+    Listener listener = recordingListener();
     subscribe(empty, "A", "APP");
     subscribe(empty, "A", "APP");
     subscribe(listener, "A", "APP");
@@ -173,7 +170,7 @@ TEST_F(EventDispatch, KeepsTheOrderOfSubscription) {
     std::string order;
     std::vector<Listener> listeners;
     for (char const name : {'c', 'a', 'b'}) {
-        listeners.push_back(newListener());
+        listeners.push_back(recordingListener());
         recorded(listeners.back()).onEvent = [&order, name](auto const&) { order += name; };
         subscribe(listeners.back(), "A", "APP");
     }
@@ -182,8 +179,8 @@ TEST_F(EventDispatch, KeepsTheOrderOfSubscription) {
 }
 
 TEST_F(EventDispatch, AListenerThatThrowsEndsTheDeliveryAndReachesTheAdapter) {
-    Listener first = newListener();
-    Listener second = newListener();
+    Listener first = recordingListener();
+    Listener second = recordingListener();
     recorded(first).onEvent = [](auto const&) { throw std::runtime_error("no"); };
     subscribe(first, "A", "APP");
     subscribe(second, "A", "APP");
@@ -196,7 +193,7 @@ TEST_F(EventDispatch, AListenerThatThrowsEndsTheDeliveryAndReachesTheAdapter) {
 }
 
 TEST_F(EventDispatch, AListenerMayUnsubscribeItself) {
-    Listener listener = newListener();
+    Listener listener = recordingListener();
     recorded(listener).onEvent = [&](auto const&) { unsubscribe(listener, "A", "APP"); };
     subscribe(listener, "A", "APP");
     report(appEvent("A"));
@@ -206,8 +203,8 @@ TEST_F(EventDispatch, AListenerMayUnsubscribeItself) {
 }
 
 TEST_F(EventDispatch, AListenerSubscribedDuringADeliveryGetsLaterEventsOnly) {
-    Listener later = newListener();
-    Listener listener = newListener();
+    Listener later = recordingListener();
+    Listener listener = recordingListener();
     recorded(listener).onEvent = [&](auto const&) { subscribe(later, "A", "APP"); };
     subscribe(listener, "A", "APP");
     report(appEvent("A"));
@@ -217,8 +214,8 @@ TEST_F(EventDispatch, AListenerSubscribedDuringADeliveryGetsLaterEventsOnly) {
 }
 
 TEST_F(EventDispatch, AListenerUnsubscribedDuringADeliveryMayStillGetThatEvent) {
-    Listener second = newListener();
-    Listener first = newListener();
+    Listener second = recordingListener();
+    Listener first = recordingListener();
     recorded(first).onEvent = [&](auto const&) { unsubscribe(second, "A", "APP"); };
     subscribe(first, "A", "APP");
     subscribe(second, "A", "APP");
@@ -232,7 +229,7 @@ public:
     LastWish(ZANEngineProxy& proxy, bool& ended) : proxy_(proxy), ended_(ended) {}
     ~LastWish() override {
         // Would deadlock if another thread held the lock, and shows that none of ours is held.
-        Listener other = newListener();
+        Listener other = recordingListener();
         proxy_.subscribe(UserTicket(), other, "B", "APP");
         ended_ = true;
     }
@@ -260,7 +257,7 @@ TEST_F(EventDispatch, AListenerThatItsOwnUnsubscribingEndsLivesUntilItsCallbackR
 }
 
 TEST_F(EventDispatch, AListenerMayCallTheEngine) {
-    Listener listener = newListener();
+    Listener listener = recordingListener();
     recorded(listener).onEvent = [&](auto const&) {
         engine.proxy().sendMessage(ticket, "A", std::string("35=D"));
     };
@@ -270,7 +267,7 @@ TEST_F(EventDispatch, AListenerMayCallTheEngine) {
 }
 
 TEST_F(EventDispatch, AnEventFromInsideAForwardedCallMayComeBackToTheEngine) {
-    Listener listener = newListener();
+    Listener listener = recordingListener();
     int nested = 0;
     recorded(listener).onEvent = [&](auto const&) {
         engine.proxy().isConnected(ticket, "A");
@@ -293,7 +290,7 @@ TEST_F(EventDispatch, TellsAnEventOfAnUnknownClass) {
     public:
         StrangeEvent() : ZANEvent("A", nullptr, false) {}
     };
-    Listener listener = newListener();
+    Listener listener = recordingListener();
     subscribe(listener, "A", "APP");
     testing::internal::CaptureStdout();
     report(counted_ptr<ZANEvent>(new StrangeEvent));
@@ -312,7 +309,7 @@ TEST_F(EventDispatch, DeliversEventsOfDerivedClasses) {
     struct OwnState : ZANConnectionStateEvent {
         using ZANConnectionStateEvent::ZANConnectionStateEvent;
     };
-    Listener listener = newListener();
+    Listener listener = recordingListener();
     subscribe(listener, "A", "ADMIN");
     testing::internal::CaptureStdout();
     report(counted_ptr<ZANEvent>(new OwnEvent("A", nullptr)));
@@ -326,8 +323,8 @@ TEST_F(EventDispatch, RefusesAnEventWithoutAnObject) {
 }
 
 TEST_F(EventDispatch, GivesEachListenerItsOwnReferenceAndLetsAllGo) {
-    Listener first = newListener();
-    Listener second = newListener();
+    Listener first = recordingListener();
+    Listener second = recordingListener();
     subscribe(first, "A", "APP");
     subscribe(second, "A", "APP");
     auto const event = appEvent("A");
@@ -343,8 +340,8 @@ TEST(ProxyShutdown, AListenerMayUninitializeTheProxyInsideItsCallback) {
     counted_ptr<IZANEngineAdapter> const adapter(new RecordingAdapter);
     ZANEngineProxy::initialize(emptyConfigProvider(),
                                counted_ptr<IZANEngineAdapterFactory>(new TestFactory(adapter)));
-    Listener first = newListener();
-    Listener second = newListener();
+    Listener first = recordingListener();
+    Listener second = recordingListener();
     recorded(first).onEvent = [](auto const&) { ZANEngineProxy::uninitialize(); };
     UserTicket const ticket;
     ZANEngineProxy::getInstance().subscribe(ticket, first, "A", "APP");
@@ -354,6 +351,29 @@ TEST(ProxyShutdown, AListenerMayUninitializeTheProxyInsideItsCallback) {
     EXPECT_EQ(1u, recorded(second).events.size());
     EXPECT_EQ(1u, first.use_count());
     EXPECT_EQ(1u, second.use_count());
+}
+
+TEST(ProxyShutdown, AListenerThatUninitializesTheProxyEndsAfterIt) {
+    class Ender : public IZANEventListener {
+    public:
+        explicit Ender(bool& endedAfterTheProxy) : endedAfterTheProxy_(endedAfterTheProxy) {}
+        Ender(Ender const&) = delete;
+        Ender& operator=(Ender const&) = delete;
+        ~Ender() override { endedAfterTheProxy_ = ValuePresentation::Instance_ == nullptr; }
+        void processEvent(counted_ptr<ZANEvent>) override { ZANEngineProxy::uninitialize(); }
+
+    private:
+        bool& endedAfterTheProxy_;
+    };
+    counted_ptr<IZANEngineAdapter> const adapter(new RecordingAdapter);
+    ZANEngineProxy::initialize(emptyConfigProvider(),
+                               counted_ptr<IZANEngineAdapterFactory>(new TestFactory(adapter)));
+    bool endedAfterTheProxy = false;
+    Listener listener(new Ender(endedAfterTheProxy));
+    ZANEngineProxy::getInstance().subscribe(UserTicket(), listener, "A", "APP");
+    listener.reset();
+    static_cast<RecordingAdapter&>(*adapter).report(appEvent("A"));
+    EXPECT_TRUE(endedAfterTheProxy);
 }
 
 } // namespace
