@@ -46,7 +46,9 @@ function(zan_add_engine_library)
     add_library(ZANEngine::ZANEngine ALIAS zanengine)
     zan_house_rules(zanengine)
     zan_hide_symbols(zanengine)
+    # Built the same way everywhere: what is measured is what is installed.
     set_target_properties(zanengine PROPERTIES
+        UNITY_BUILD OFF
         EXPORT_NAME ZANEngine
         VERSION ${PROJECT_VERSION}
         SOVERSION ${ZAN_SONAME}

@@ -11,8 +11,6 @@ namespace bench {
 
 namespace {
 
-constexpr long batchSize = 100;
-
 double sizeOf(std::string const& folder) {
     double bytes = 0;
     for (auto const& each : std::filesystem::recursive_directory_iterator(folder)) {
@@ -44,12 +42,12 @@ Rows measureMemoryGrowth(Plan const& plan) {
     CounterpartyProcess peer("ENGINE");
     EngineSide engine(peer.port(), folder.path());
     OrderRun const first(plan.ordersBeforeGrowth);
-    first.sendBatches(engine, batchSize);
+    first.sendBatches(engine);
     peer.waitForLast(first.lastId(), first.count());
     double const before = residentMiB();
     OrderRun const rest(plan.ordersOfGrowth - plan.ordersBeforeGrowth);
     double const seconds = secondsOf([&] {
-        rest.sendBatches(engine, batchSize);
+        rest.sendBatches(engine);
         peer.waitForLast(rest.lastId(), plan.ordersOfGrowth);
     });
     double const growth = residentMiB() - before;

@@ -14,8 +14,6 @@ namespace bench {
 namespace {
 
 constexpr int threads = 4;
-constexpr long batchSize = 100;
-
 /// A counterparty, and how many orders it got.
 struct Peer {
     explicit Peer(std::string const& other) : process(other) {}
@@ -60,7 +58,7 @@ Contenders oursOf(EngineSide& side, Peer& peer) {
              {}},
             {"`sendMultipleMessages` of 100",
              &peer,
-             [&](OrderRun const& run) { run.sendBatches(side, batchSize); },
+             [&](OrderRun const& run) { run.sendBatches(side); },
              {},
              {}}};
 }

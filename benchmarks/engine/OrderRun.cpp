@@ -44,11 +44,11 @@ void OrderRun::sendFromThreads(OrderSender& side, int threads) const {
     side.send(lastId());
 }
 
-void OrderRun::sendBatches(EngineSide& side, long size) const {
+void OrderRun::sendBatches(EngineSide& side) const {
     Messages batch;
     for (long i = 0; i < count_; ++i) {
         batch.push_back(EngineSide::newOrder(id(i)));
-        if (static_cast<long>(batch.size()) == size || i + 1 == count_) {
+        if (static_cast<long>(batch.size()) == batchSize || i + 1 == count_) {
             side.send(batch);
             batch.clear();
         }

@@ -9,6 +9,9 @@
 
 namespace bench {
 
+/// How many messages a batch has, wherever one is sent.
+inline constexpr long batchSize = 100;
+
 class OrderRun {
 public:
     explicit OrderRun(long count);
@@ -24,7 +27,7 @@ public:
     void sendAlone(OrderSender& side) const;
     /// The last order follows when all threads have sent theirs.
     void sendFromThreads(OrderSender& side, int threads) const;
-    void sendBatches(EngineSide& side, long size) const;
+    void sendBatches(EngineSide& side) const;
 
 private:
     long const count_;

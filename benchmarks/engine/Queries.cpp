@@ -18,7 +18,6 @@ namespace bench {
 
 namespace {
 
-constexpr long batchSize = 100;
 constexpr long hits = 1000;
 constexpr double mostMillis = 50;
 constexpr int repetitions = 9;

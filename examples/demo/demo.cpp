@@ -7,7 +7,7 @@
 
 namespace {
 
-std::string const connection = "DEMO";
+std::string const demoConnection = "DEMO";
 UserTicket const trader("trader", "");
 
 void check(bool isTrue, std::string const& what) {
@@ -41,7 +41,7 @@ counted_ptr<ZANMessage> limitOrder() {
 void tradeLimitOrder(ZANEngineProxy& engine, Conversation& conversation) {
     conversation.explain("An order to buy 100 IBM at 95.5: it is acknowledged, then filled in two "
                          "parts.");
-    engine.sendMessage(trader, connection, limitOrder());
+    engine.sendMessage(trader, demoConnection, limitOrder());
     auto const acknowledged = conversation.waitForReport("demo-1", '0');
     check(numberIn(acknowledged, 151) == 100, "all of the new order is open");
     auto const filled = conversation.waitForReport("demo-1", '2');
@@ -61,10 +61,11 @@ void tradeLimitOrder(ZANEngineProxy& engine, Conversation& conversation) {
 void cancelRestingOrder(ZANEngineProxy& engine, Conversation& conversation) {
     conversation.explain("An order that nobody takes, sent as text: it rests, and is cancelled.");
     std::string const now = infra::Time::now().toString();
-    engine.sendMessage(trader, connection,
+    engine.sendMessage(trader, demoConnection,
                        "35=D|11=demo-2|55=IBM|54=1|38=50|40=2|44=0.5|60=" + now);
     conversation.waitForReport("demo-2", '0');
-    engine.sendMessage(trader, connection, "35=F|41=demo-2|11=demo-3|55=IBM|54=1|38=50|60=" + now);
+    engine.sendMessage(trader, demoConnection,
+                       "35=F|41=demo-2|11=demo-3|55=IBM|54=1|38=50|60=" + now);
     auto const cancelled = conversation.waitForReport("demo-3", '4');
     check(numberIn(cancelled, 14) == 0 && numberIn(cancelled, 151) == 0,
           "nothing of the cancelled order was filled, and nothing is open");
@@ -76,7 +77,7 @@ std::string marketOrder() {
 
 void ping(ZANEngineProxy& engine, Conversation& conversation) {
     conversation.explain("Is the counterparty there? A test request, answered by a heartbeat.");
-    check(engine.pingConnection(trader, connection, 5000), "the counterparty answers");
+    check(engine.pingConnection(trader, demoConnection, 5000), "the counterparty answers");
     conversation.waitForMessage(ZAN::MSGTYPE_HEARTBEAT);
 }
 
@@ -93,14 +94,14 @@ void showLog(ZANEngineProxy& engine, Conversation& conversation) {
                          "sent or delivered.\nAs a table (streams: 0 and 1 admin in and out, 2 and "
                          "3 application in and out):");
     std::vector<std::vector<std::string>> table;
-    engine.retrieveMessageLogData(trader, connection, -1, "id,time,stream,type,seq,sender,target",
-                                  "", "id", table);
+    engine.retrieveMessageLogData(trader, demoConnection, -1,
+                                  "id,time,stream,type,seq,sender,target", "", "id", table);
     std::cout << linesOf(table);
     check(table.size() == 1 + 12, "the log has the 12 messages of the conversation so far");
 
     conversation.explain("A query: type = '8' AND CAST(tag(32) AS INTEGER) > 0, the fills.");
     Messages fills;
-    engine.retrieveMessagesByQuery(trader, connection, fills, -1,
+    engine.retrieveMessagesByQuery(trader, demoConnection, fills, -1,
                                    "type = '8' AND CAST(tag(32) AS INTEGER) > 0", "", false);
     print(fills);
     check(fills.size() == 2, "there were two fills");
@@ -108,7 +109,7 @@ void showLog(ZANEngineProxy& engine, Conversation& conversation) {
     conversation.explain("The chain of demo-3: the cancel, the order that it belongs to, and their "
                          "reports.");
     Messages chain;
-    engine.retrieveMessageChain(trader, connection, chain, {}, {"demo-3"}, false);
+    engine.retrieveMessageChain(trader, demoConnection, chain, {}, {"demo-3"}, false);
     print(chain);
     check(chain.size() == 4, "order, report, cancel and report make the chain");
 }
@@ -117,7 +118,7 @@ using Guaranteed = counted_ptr<ZANGuaranteedEngineMessageListener>;
 
 Guaranteed attachGuaranteed(ZANEngineProxy& engine, counted_ptr<IZANEventListener> const& desk) {
     Guaranteed listener(new ZANGuaranteedEngineMessageListener(desk));
-    engine.subscribeDirect(trader, connection, false, true, false, listener);
+    engine.subscribeDirect(trader, demoConnection, false, true, false, listener);
     listener->setSubscriptionFilter("type = '8'");
     return listener;
 }
@@ -125,15 +126,16 @@ Guaranteed attachGuaranteed(ZANEngineProxy& engine, counted_ptr<IZANEventListene
 void recoverLostMessages(ZANEngineProxy& engine, Conversation& conversation) {
     conversation.explain("A guaranteed listener marks what it has consumed, and goes away. An "
                          "order is filled meanwhile.");
-    std::vector<int> const before = engine.getMessageIds(
-        trader, connection, ZANGuaranteedEngineMessageListener::APP_MSG_FROM_COUNTERPARTY, true);
+    std::vector<int> const before =
+        engine.getMessageIds(trader, demoConnection,
+                             ZANGuaranteedEngineMessageListener::APP_MSG_FROM_COUNTERPARTY, true);
     auto* const desk = new ReportCollector;
     counted_ptr<IZANEventListener> const held(desk);
     Guaranteed listener = attachGuaranteed(engine, held);
-    listener->setLastConsumedAppMessageFromCounterPartyId(connection, before.front());
+    listener->setLastConsumedAppMessageFromCounterPartyId(demoConnection, before.front());
     engine.destroyDirectSubscriber(listener);
     listener.reset();
-    engine.sendMessage(trader, connection, marketOrder());
+    engine.sendMessage(trader, demoConnection, marketOrder());
     conversation.waitForReport("demo-4", '2');
 
     conversation.explain("It comes back and asks for what it may have lost (PossResend tells that "
@@ -147,7 +149,7 @@ void recoverLostMessages(ZANEngineProxy& engine, Conversation& conversation) {
 
 void logOut(ZANEngineProxy& engine, Conversation& conversation) {
     conversation.explain("Good night: both sides log out, and the link is closed.");
-    engine.disconnect(trader, connection, "end of the demo");
+    engine.disconnect(trader, demoConnection, "end of the demo");
     conversation.waitForState(FLAG_LOGGED_OUT | FLAG_DISCONNECTED);
     check(conversation.sent("5") == 1 && conversation.received("5") == 1,
           "each side sent one Logout");
@@ -162,10 +164,10 @@ void showConversation() {
     ZANEngineProxy& engine = ZANEngineProxy::getInstance();
     auto* const conversation = new Conversation;
     counted_ptr<IZANEventListener> listener(conversation);
-    engine.subscribeDirect(trader, connection, true, true, true, listener);
+    engine.subscribeDirect(trader, demoConnection, true, true, true, listener);
 
     conversation->explain("The connection is opened.");
-    engine.connect(trader, connection);
+    engine.connect(trader, demoConnection);
     conversation->waitForState(FLAG_LINK_ACTIVE | FLAG_SESSION_ACTIVE);
     tradeLimitOrder(engine, *conversation);
     cancelRestingOrder(engine, *conversation);

@@ -9,9 +9,9 @@ namespace zan::server {
 
 namespace {
 
-constexpr char const* session = "session";
-constexpr char const* storage = "log";
-constexpr char const* delivery = "delivery";
+constexpr char const* sessionCategory = "session";
+constexpr char const* logCategory = "log";
+constexpr char const* deliveryCategory = "delivery";
 
 std::string fieldOf(FixEntry const& entry, int tag) {
     return std::string(valueOf(entry.text, tag));
@@ -88,21 +88,21 @@ void ConnectionDiary::tell(DiagnosticLevel level, char const* category, Text con
 }
 
 void ConnectionDiary::connecting(std::string const& address) {
-    tell(DiagnosticLevel::Info, session, [&] { return "connects to " + address; });
+    tell(DiagnosticLevel::Info, sessionCategory, [&] { return "connects to " + address; });
 }
 
 void ConnectionDiary::notConnected(std::string const& reason) {
-    tell(DiagnosticLevel::Warning, session, [&] { return "is not connected: " + reason; });
+    tell(DiagnosticLevel::Warning, sessionCategory, [&] { return "is not connected: " + reason; });
 }
 
 void ConnectionDiary::disconnecting(std::string const& reason) {
-    tell(DiagnosticLevel::Info, session, [&] { return "disconnects" + reasonOf(reason); });
+    tell(DiagnosticLevel::Info, sessionCategory, [&] { return "disconnects" + reasonOf(reason); });
 }
 
 void ConnectionDiary::stateChanged(LinkState const& state, FixNumbers numbers) {
     long const changed = state.flags ^ knownFlags_;
     if ((changed & FLAG_SESSION_ACTIVE) != 0) {
-        tell(DiagnosticLevel::Info, session, [&] {
+        tell(DiagnosticLevel::Info, sessionCategory, [&] {
             return state.has(FLAG_SESSION_ACTIVE)
                        ? "is logged on; the next numbers are " + std::to_string(numbers.nextOut) +
                              " out and " + std::to_string(numbers.nextIn) + " in"
@@ -113,12 +113,12 @@ void ConnectionDiary::stateChanged(LinkState const& state, FixNumbers numbers) {
         linkChanged(state);
     } else if ((changed & FLAG_UNAVAILABLE) != 0) {
         bool const isBack = !state.has(FLAG_UNAVAILABLE);
-        tell(isBack ? DiagnosticLevel::Info : DiagnosticLevel::Warning, session, [isBack] {
+        tell(isBack ? DiagnosticLevel::Info : DiagnosticLevel::Warning, sessionCategory, [isBack] {
             return std::string("the counterparty ") + (isBack ? "reads again" : "does not read");
         });
     }
     if ((changed & FLAG_DB_ERROR) != 0 && !state.has(FLAG_DB_ERROR)) {
-        tell(DiagnosticLevel::Info, storage,
+        tell(DiagnosticLevel::Info, logCategory,
              [] { return std::string("messages are stored again"); });
     }
     knownFlags_ = state.flags;
@@ -127,7 +127,7 @@ void ConnectionDiary::stateChanged(LinkState const& state, FixNumbers numbers) {
 void ConnectionDiary::linkChanged(LinkState const& state) {
     bool const isUp = state.has(FLAG_LINK_ACTIVE);
     bool const isOrderly = isUp || state.has(FLAG_LOGGED_OUT) || state.lastError.empty();
-    tell(isOrderly ? DiagnosticLevel::Info : DiagnosticLevel::Warning, session, [&] {
+    tell(isOrderly ? DiagnosticLevel::Info : DiagnosticLevel::Warning, sessionCategory, [&] {
         if (isUp) {
             return "the link is up, from " + state.local + " to " + state.remote;
         }
@@ -137,9 +137,9 @@ void ConnectionDiary::linkChanged(LinkState const& state) {
 
 void ConnectionDiary::trouble(FixTrouble kind, std::string const& text) {
     if (kind == FixTrouble::storage) {
-        tell(DiagnosticLevel::Error, storage, [&] { return "nothing can be stored: " + text; });
+        tell(DiagnosticLevel::Error, logCategory, [&] { return "nothing can be stored: " + text; });
     } else {
-        tell(DiagnosticLevel::Warning, session, [&] { return text; });
+        tell(DiagnosticLevel::Warning, sessionCategory, [&] { return text; });
     }
 }
 
@@ -157,7 +157,7 @@ void ConnectionDiary::loggedEntry(FixEntry const& entry) {
         loggedMessage(entry);
     } else if (entry.origin == FixOrigin::remark) {
         bool const isNote = entry.text.empty();
-        tell(isNote ? DiagnosticLevel::Info : DiagnosticLevel::Warning, session,
+        tell(isNote ? DiagnosticLevel::Info : DiagnosticLevel::Warning, sessionCategory,
              [&] { return isNote ? entry.note : "a message is " + entry.note; });
     }
 }
@@ -166,14 +166,14 @@ void ConnectionDiary::loggedMessage(FixEntry const& entry) {
     std::string_view const type = valueOf(entry.text, 35);
     for (Notable const& each : notable) {
         if (type == each.type && isIn(entry.stream) == each.isIn) {
-            tell(each.level, session, [&] { return each.text(entry); });
+            tell(each.level, sessionCategory, [&] { return each.text(entry); });
         }
     }
 }
 
 void ConnectionDiary::listenerTrouble(std::string const& text) {
     report(connection_, text);
-    tell(DiagnosticLevel::Warning, delivery, [&] { return text; });
+    tell(DiagnosticLevel::Warning, deliveryCategory, [&] { return text; });
 }
 
 } // namespace zan::server

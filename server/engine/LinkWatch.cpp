@@ -9,7 +9,6 @@ namespace zan::server {
 
 namespace {
 
-constexpr int messageTypeTag = 35;
 constexpr int textTag = 58;
 constexpr int testRequestIdTag = 112;
 

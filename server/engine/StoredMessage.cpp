@@ -14,12 +14,9 @@ namespace zan::server {
 namespace {
 
 constexpr int checkSumTag = 10;
-constexpr int messageTypeTag = 35;
 constexpr int numberTag = 34;
 constexpr int possDupTag = 43;
-constexpr int senderTag = 49;
 constexpr int sendingTimeTag = 52;
-constexpr int targetTag = 56;
 constexpr int possResendTag = 97;
 constexpr int originalTimeTag = 122;
 constexpr int timeStampTag = 16577;

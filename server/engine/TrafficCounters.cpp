@@ -7,8 +7,6 @@ namespace zan::server {
 
 namespace {
 
-constexpr int messageTypeTag = 35;
-
 void addOne(std::atomic<std::uint64_t>& counter) {
     counter.fetch_add(1, std::memory_order_relaxed);
 }

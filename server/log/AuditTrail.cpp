@@ -7,12 +7,7 @@
 
 namespace zan::server {
 
-namespace {
-
-constexpr int senderTag = 49;
-constexpr int targetTag = 56;
-
-} // namespace
+namespace {} // namespace
 
 TableRow tableRowOf(FixEntry const& entry) {
     return {"",

@@ -9,10 +9,9 @@ namespace server {
 namespace {
 // "8=FIXT.1.1|9=12345678|" is 23 bytes; a head that is longer is none.
 std::size_t const longestHead = 40;
-std::size_t const trailerLength = 7; // 10=123|
 char const soh = '\x01';
 // "8=" alone stands in many a field.
-std::string const beginning = "8=FIX";
+std::string const firstBytes = "8=FIX";
 } // namespace
 
 std::size_t const FixFramer::longestBody;
@@ -34,7 +33,7 @@ void FixFramer::clear() {
 
 FixFramer::Result FixFramer::next(std::string& message, std::string& fault) {
     std::size_t const left = buffer_.size() - begin_;
-    if (buffer_.compare(begin_, beginning.size(), beginning, 0, left) != 0)
+    if (buffer_.compare(begin_, firstBytes.size(), firstBytes, 0, left) != 0)
         return dropToNext(begin_, "no message begins here", message, fault);
     std::size_t const versionEnd = fieldEnd(begin_);
     std::size_t const lengthEnd =
@@ -64,10 +63,10 @@ std::size_t FixFramer::fieldEnd(std::size_t start) const {
 // The last bytes may be the first ones of the next message.
 FixFramer::Result FixFramer::dropToNext(std::size_t from, std::string const& why,
                                         std::string& dropped, std::string& fault) {
-    std::size_t next = buffer_.find(beginning, from);
+    std::size_t next = buffer_.find(firstBytes, from);
     if (next == std::string::npos) {
-        next = std::max(from, buffer_.size() - std::min(buffer_.size(), beginning.size() - 1));
-        while (buffer_.compare(next, std::string::npos, beginning, 0, buffer_.size() - next) != 0)
+        next = std::max(from, buffer_.size() - std::min(buffer_.size(), firstBytes.size() - 1));
+        while (buffer_.compare(next, std::string::npos, firstBytes, 0, buffer_.size() - next) != 0)
             ++next;
     }
     return drop(next - begin_, why, dropped, fault);

@@ -8,6 +8,9 @@
 namespace zan {
 namespace server {
 
+/// The length of "10=123|", the end of every message.
+std::size_t const trailerLength = 7;
+
 /// Uses the message in place: it must live, unchanged, as long as the scanner.
 class FixScanner {
 public:

@@ -48,9 +48,6 @@ void appendField(std::string& body, int tag, std::string const& value) {
     body.append(begin, end).append(value);
 }
 
-// The length of "10=123|".
-std::size_t const trailerLength = 7;
-
 std::string framed(std::string const& begin, std::string const& inner) {
     std::string text = begin + "9=" + std::to_string(inner.size()) + "\x01" + inner;
     unsigned sum = 0;

@@ -27,6 +27,10 @@ public:
 
 inline constexpr char fieldSeparator = '\x01';
 
+inline constexpr int messageTypeTag = 35;
+inline constexpr int senderTag = 49;
+inline constexpr int targetTag = 56;
+
 /// One field; the value looks into the text that was read.
 using WireField = TextField;
 

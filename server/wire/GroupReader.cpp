@@ -13,8 +13,6 @@ namespace zan::server {
 
 namespace {
 
-constexpr int typeTag = 35;
-
 std::string tagText(int tag) {
     return "tag " + std::to_string(tag);
 }
@@ -48,7 +46,7 @@ private:
     // The type decides which groups there are, and text that people write may hold it anywhere.
     void findType(FieldCursor cursor) {
         while (cursor.next()) {
-            if (cursor.tag() == typeTag) {
+            if (cursor.tag() == messageTypeTag) {
                 type_ = cursor.value();
                 return;
             }

@@ -11,8 +11,6 @@ namespace zan::server {
 
 namespace {
 
-constexpr int messageTypeTag = 35;
-
 bool isSetByEngine(int tag) {
     constexpr int tags[] = {8, 9, 10, 34, messageTypeTag, 49, 52, 56, 16577, 16580};
     return std::ranges::find(tags, tag) != std::end(tags);

@@ -12,7 +12,6 @@ namespace zan::server {
 
 namespace {
 
-constexpr int messageTypeTag = 35;
 constexpr int rawDataLengthTag = 95;
 constexpr int rawDataTag = 96;
 

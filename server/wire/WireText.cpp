@@ -21,7 +21,6 @@ enum : int {
     versionTag = 8,
     lengthTag = 9,
     checksumTag = 10,
-    typeTag = 35,
     signatureTag = 89,
     signatureLengthTag = 93
 };
@@ -42,7 +41,7 @@ struct Parts {
         }
         of[signatureLengthTag] = of[signatureTag] = Part::trailer;
         // These stand where they have to, whatever the model holds.
-        of[versionTag] = of[lengthTag] = of[checksumTag] = of[typeTag] = Part::frame;
+        of[versionTag] = of[lengthTag] = of[checksumTag] = of[messageTypeTag] = Part::frame;
     }
     Part of[behindHeaderTags] = {};
 };
@@ -268,7 +267,7 @@ private:
 
 // A short text that stays when the model's values are looked at.
 std::string typeOf(ZANFieldGroup const& message, ModelWalk<TextSink>& walk) {
-    std::string type(walk.valueOf(message, typeTag));
+    std::string type(walk.valueOf(message, messageTypeTag));
     if (type.empty()) {
         throw MalformedMessage("tag 35, the type of the message, is missing");
     }
@@ -280,7 +279,7 @@ void writeMessage(ZANFieldGroup const& message, CompiledDictionary const& dictio
     std::string_view const version = walk.valueOf(message, versionTag);
     sink.field(versionTag, version.empty() ? dictionary.beginString() : version);
     sink.beginBody();
-    sink.field(typeTag, type);
+    sink.field(messageTypeTag, type);
     walk.setType(type);
     walk.top(message, [](int tag) { return partOf(tag) == Part::header; });
     bool isSigned = false;

@@ -10,10 +10,6 @@ namespace zan::conformance {
 
 namespace {
 
-bool isConnected(Trial const& trial) {
-    return Trial::engine().isConnected(Trial::me, trial.name());
-}
-
 counted_ptr<ZANConnectionState> stateOf(Trial const& trial) {
     return Trial::engine().getConnectionState(Trial::me, trial.name());
 }
@@ -30,13 +26,13 @@ void haveNames(Trial& trial) {
 }
 
 void areNotConnectedAtFirst(Trial& trial) {
-    EXPECT_FALSE(isConnected(trial));
+    EXPECT_FALSE(trial.isConnected());
     EXPECT_FALSE(stateOf(trial)->isSessionActive());
 }
 
 void logOn(Trial& trial) {
     trial.connect();
-    EXPECT_TRUE(isConnected(trial));
+    EXPECT_TRUE(trial.isConnected());
     EXPECT_TRUE(stateOf(trial)->isLinkActive());
     EXPECT_TRUE(stateOf(trial)->isSessionActive());
     EXPECT_FALSE(stateOf(trial)->hasDisconnected());
@@ -44,34 +40,34 @@ void logOn(Trial& trial) {
 
 void logOnWithoutFields(Trial& trial) {
     Trial::engine().connect(Trial::me, trial.name(), counted_ptr<ZANFieldGroup>());
-    EXPECT_TRUE(isConnected(trial));
+    EXPECT_TRUE(trial.isConnected());
 }
 
 void stayLoggedOn(Trial& trial) {
     trial.connect();
     trial.connect();
-    EXPECT_TRUE(isConnected(trial));
+    EXPECT_TRUE(trial.isConnected());
 }
 
 void logOut(Trial& trial) {
     trial.connect();
     trial.disconnect();
-    EXPECT_FALSE(isConnected(trial));
+    EXPECT_FALSE(trial.isConnected());
     EXPECT_FALSE(stateOf(trial)->isSessionActive());
     EXPECT_TRUE(stateOf(trial)->hasDisconnected());
 }
 
 void takeADisconnectWhenNotConnected(Trial& trial) {
     trial.disconnect();
-    EXPECT_FALSE(isConnected(trial));
+    EXPECT_FALSE(trial.isConnected());
 }
 
 void logOnAgain(Trial& trial) {
     for (int i = 0; i < 3; ++i) {
         trial.connect();
-        EXPECT_TRUE(isConnected(trial));
+        EXPECT_TRUE(trial.isConnected());
         trial.disconnect();
-        EXPECT_FALSE(isConnected(trial));
+        EXPECT_FALSE(trial.isConnected());
     }
 }
 

@@ -22,10 +22,6 @@ void withCounterparty(Trial& trial) {
     check(trial, *counterparty);
 }
 
-bool isConnected(Trial const& trial) {
-    return Trial::engine().isConnected(Trial::me, trial.name());
-}
-
 bool isNews(SeenEvent const& event) {
     return event.isType("B");
 }
@@ -33,7 +29,7 @@ bool isNews(SeenEvent const& event) {
 void refusesALogonInItsOwnWords(Trial& trial, ScriptedCounterparty& counterparty) {
     counterparty.setScript("on A send 5 58=not before nine\non A close\n");
     expectFailure<ZANInvalidLogonException>([&] { trial.connect(); }, "not before nine");
-    EXPECT_FALSE(isConnected(trial));
+    EXPECT_FALSE(trial.isConnected());
     EXPECT_NE(Trial::engine()
                   .getConnectionState(Trial::me, trial.name())
                   ->getLastError()
@@ -46,7 +42,7 @@ void doesNotAnswerALogon(Trial& trial, ScriptedCounterparty& counterparty) {
     std::string const text = failureOf<ZANCannotConnectException>(
         [&] { Trial::engine().connect(Trial::me, trial.name()); });
     EXPECT_NE(text.find(trial.name()), std::string::npos) << text;
-    EXPECT_FALSE(isConnected(trial));
+    EXPECT_FALSE(trial.isConnected());
     counterparty.setScript(ScriptedCounterparty::usualScript());
     EXPECT_TRUE(trial.eventually([&] {
         try {
@@ -192,7 +188,7 @@ void mayBeLost(Trial& trial, ScriptedCounterparty& counterparty) {
     // A link that is opened again right away would hide the loss.
     counterparty.setScript("");
     counterparty.cut();
-    EXPECT_TRUE(trial.eventually([&] { return !isConnected(trial); }));
+    EXPECT_TRUE(trial.eventually([&] { return !trial.isConnected(); }));
     expectFailure<ZANNotConnectedException>([&] { trial.send(trial.newId()); });
     auto const state = Trial::engine().getConnectionState(Trial::me, trial.name());
     EXPECT_FALSE(state->isSessionActive());
@@ -213,7 +209,7 @@ void mayLogOut(Trial& trial, ScriptedCounterparty& counterparty) {
     trial.connect();
     counterparty.setScript("on 5 close\n");
     counterparty.send("5", "58=good night");
-    EXPECT_TRUE(trial.eventually([&] { return !isConnected(trial); }));
+    EXPECT_TRUE(trial.eventually([&] { return !trial.isConnected(); }));
     EXPECT_NE(counterparty.waitFor("|35=5|"), "") << "a Logout is answered";
 }
 
@@ -224,7 +220,7 @@ void mayTalkNonsense(Trial& trial, ScriptedCounterparty& counterparty) {
     counterparty.sendBytes(wired("8=FIX.4.4|9=5|35=0|10=000|"));
     counterparty.send("B", "148=after it");
     auto const isBack = [&] {
-        return !recorder.first(isNews).field(148).empty() || !isConnected(trial);
+        return !recorder.first(isNews).field(148).empty() || !trial.isConnected();
     };
     EXPECT_TRUE(trial.eventually(isBack)) << "neither heard nor shut out";
     trial.disconnect();

@@ -58,6 +58,8 @@ public:
     void connect();
     void disconnect() { engine().disconnect(me, name_, "end of the test"); }
 
+    bool isConnected() const { return engine().isConnected(me, name_); }
+
     /// Ends the adapter and starts it again on what it left.
     void restart();
 

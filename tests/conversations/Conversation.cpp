@@ -14,9 +14,6 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-// Longer than anything takes that is expected, also on a busy machine.
-constexpr std::chrono::milliseconds longestWait = 10s;
-
 std::map<std::string, std::string> usualSettings() {
     return {{"ConnectionName", "C"},    {"ConnectionType", "initiator"},
             {"BeginString", "FIX.4.4"}, {"SenderCompID", "US"},

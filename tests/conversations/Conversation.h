@@ -6,6 +6,7 @@
 #include "conversations/LogCheck.h"
 #include "conversations/Script.h"
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -69,6 +70,9 @@ private:
     void notLogged(std::string const& rest);
     void refused(std::string const& rest);
     void noted(std::string const& rest);
+
+    /// Longer than anything takes that is expected, also on a busy machine.
+    static constexpr std::chrono::milliseconds longestWait{10'000};
 
     ScriptedPeer::Got receive(std::string& message, ScriptedPeer::Patience patience);
     ScriptedPeer::Got receiveNews(std::string& message, ScriptedPeer::Patience patience,

@@ -9,8 +9,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::chrono::milliseconds longestWait = 10s;
-
 // Heartbeats come when time passes; only those that answer a test request are news.
 bool isPlainHeartbeat(std::string const& message) {
     return valueOf(message, "35") == "0" && valueOf(message, "112").empty();

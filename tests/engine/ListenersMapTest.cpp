@@ -18,10 +18,6 @@ public:
 using Listener = counted_ptr<IZANEventListener>;
 using Map = ZANEngineProxy::ConnectionToListenersMap;
 
-Listener newListener() {
-    return Listener(new RecordingListener);
-}
-
 std::vector<Listener> listenersOf(Map& map, std::string const& name) {
     std::vector<Listener> found;
     auto const listeners = map.getListeners(name);
@@ -35,9 +31,9 @@ std::vector<Listener> listenersOf(Map& map, std::string const& name) {
 TEST(ConnectionToListenersMap, WalksOverTheListenersOfExactlyOneName) {
     MapSource source;
     auto const map = source.createConnectionToAppListenersMap();
-    auto const first = newListener();
-    auto const second = newListener();
-    auto const other = newListener();
+    auto const first = recordingListener();
+    auto const second = recordingListener();
+    auto const other = recordingListener();
     map->addListener("A", first);
     map->addListener("AB", other);
     map->addListener("A", second);
@@ -55,7 +51,7 @@ TEST(ConnectionToListenersMap, WalksOverTheListenersOfExactlyOneName) {
 TEST(ConnectionToListenersMap, EachCallMakesANewEmptyMap) {
     MapSource source;
     auto const map = source.createConnectionToAppListenersMap();
-    map->addListener("A", newListener());
+    map->addListener("A", recordingListener());
     auto const other = source.createConnectionToAppListenersMap();
     EXPECT_NE(map, other);
     EXPECT_TRUE(listenersOf(*other, "A").empty());

@@ -113,7 +113,7 @@ TEST(Url, CopiesAreIndependent) {
     EXPECT_EQ("q://g/y", url.toString());
 }
 
-struct Fault {
+struct UrlFault {
     char const* text;
     char const* what;
     int character;
@@ -128,7 +128,7 @@ std::string messageFor(std::string const& text) {
     return "accepted";
 }
 
-Fault const FAULTS[] = {
+UrlFault const URL_FAULTS[] = {
     {"", "it is empty", 1},
     {":x", "begin with a letter", 1},
     {"1p:x", "begin with a letter", 1},
@@ -166,7 +166,7 @@ Fault const FAULTS[] = {
 };
 
 TEST(Url, TellsWhatIsWrongWhereAndTheRightForm) {
-    for (Fault const& row : FAULTS) {
+    for (UrlFault const& row : URL_FAULTS) {
         SCOPED_TRACE(row.text);
         std::string const message = messageFor(row.text);
         std::string const place = " at character " + std::to_string(row.character) + ". ";

@@ -68,10 +68,10 @@ TEST(ZANMessage, PrintsItsGroupAndNothingElse) {
 }
 
 TEST(ZANMessage, KeepsItsSlots) {
-    using Group = counted_ptr<ZANFieldGroup>;
+    using Body = counted_ptr<ZANFieldGroup>;
     EXPECT_EQ(2u, slotOf(&ZANMessage::setFieldGroup));
-    EXPECT_EQ(3u, slotOf(static_cast<Group (ZANMessage::*)()>(&ZANMessage::getFieldGroup)));
-    EXPECT_EQ(4u, slotOf(static_cast<Group (ZANMessage::*)() const>(&ZANMessage::getFieldGroup)));
+    EXPECT_EQ(3u, slotOf(static_cast<Body (ZANMessage::*)()>(&ZANMessage::getFieldGroup)));
+    EXPECT_EQ(4u, slotOf(static_cast<Body (ZANMessage::*)() const>(&ZANMessage::getFieldGroup)));
 }
 
 } // namespace

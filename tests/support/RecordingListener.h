@@ -36,4 +36,8 @@ private:
     std::mutex mutex_;
 };
 
+inline counted_ptr<IZANEventListener> recordingListener() {
+    return counted_ptr<IZANEventListener>(new RecordingListener);
+}
+
 #endif

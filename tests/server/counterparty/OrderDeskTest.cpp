@@ -1,5 +1,7 @@
 #include "server/counterparty/OrderDesk.h"
 
+#include "support/Wire.h"
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -10,11 +12,7 @@ using zan::server::OrderDesk;
 
 // A message as it came over the wire, out of its type and body; `|` becomes SOH.
 std::string message(std::string const& type, std::string const& body) {
-    std::string text = "8=FIX.4.4|9=1|35=" + type + "|34=5|49=US|56=THEM|" + body + "10=000|";
-    for (char& each : text)
-        if (each == '|')
-            each = '\x01';
-    return text;
+    return wire("8=FIX.4.4|9=1|35=" + type + "|34=5|49=US|56=THEM|" + body + "10=000|");
 }
 
 // `type|tag=value|...|` of a reply.

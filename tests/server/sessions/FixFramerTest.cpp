@@ -1,5 +1,7 @@
 #include "server/sessions/FixFramer.h"
 
+#include "support/Wire.h"
+
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -10,13 +12,6 @@ namespace {
 using zan::server::FixFramer;
 
 // `|` becomes SOH.
-std::string wire(std::string text) {
-    for (char& each : text)
-        if (each == '|')
-            each = '\x01';
-    return text;
-}
-
 std::string const heartbeat = wire("8=FIX.4.4|9=5|35=0|10=163|");
 
 // Everything that comes out of these bytes: whole messages, and `!` for each drop.

@@ -1,18 +1,13 @@
 #include "server/sessions/FixScanner.h"
 
+#include "support/Wire.h"
+
 #include <gtest/gtest.h>
 
 namespace {
 
 using zan::server::FixScanner;
 using zan::server::fixValue;
-
-std::string wire(std::string text) {
-    for (char& each : text)
-        if (each == '|')
-            each = '\x01';
-    return text;
-}
 
 // The fields as `tag:value;`, with `!` where the bytes are no field.
 std::string scan(std::string const& message) {

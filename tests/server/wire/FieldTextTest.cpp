@@ -20,7 +20,7 @@ std::string walked(std::string_view text, Reading reading = Reading::Tolerant) {
     return fields;
 }
 
-std::string refusalOf(std::string_view text) {
+std::string refusalOfWalk(std::string_view text) {
     try {
         walked(text, Reading::Strict);
     } catch (MalformedMessage const& e) {
@@ -72,7 +72,7 @@ struct Refusal {
 class FieldTextRefusal : public testing::TestWithParam<Refusal> {};
 
 TEST_P(FieldTextRefusal, TellsFieldAndReason) {
-    EXPECT_EQ(refusalOf(GetParam().text), GetParam().error);
+    EXPECT_EQ(refusalOfWalk(GetParam().text), GetParam().error);
 }
 
 INSTANTIATE_TEST_SUITE_P(

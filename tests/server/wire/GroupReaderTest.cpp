@@ -81,7 +81,7 @@ struct Text {
     char const* result;
 };
 
-std::string nameOf(testing::TestParamInfo<Text> const& tested) {
+std::string textName(testing::TestParamInfo<Text> const& tested) {
     return tested.param.name;
 }
 
@@ -117,7 +117,7 @@ INSTANTIATE_TEST_SUITE_P(
              "tag 453 counts the instances of a group, so a number would be right, not x"},
         Text{"NegativeCount", "35=D|453=-1|448=A|",
              "tag 453 counts the instances of a group, so a number would be right, not -1"}),
-    nameOf);
+    textName);
 
 class GroupReaderTolerance : public testing::TestWithParam<Text> {};
 
@@ -137,7 +137,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Text{"NoCount", "35=D|453=x|448=A|", "35=D|453(448=A|)"},
                     Text{"CountTwice", "35=D|453=1|448=A|55=x|453=1|448=B|",
                          "35=D|55=x|453(448=A|)453(448=B|)"}),
-    nameOf);
+    textName);
 
 TEST(GroupReader, MakesAModelOfEveryBeginningOfAMessage) {
     std::string const whole = onTheWire(

@@ -14,7 +14,7 @@ namespace {
 
 using namespace zan::server;
 
-constexpr std::size_t size = 2'000'000;
+constexpr std::size_t hostileSize = 2'000'000;
 constexpr std::chrono::seconds patience(30);
 
 struct Hostile {
@@ -25,7 +25,7 @@ struct Hostile {
 // The parts numbered from 0, after a message type.
 std::string textOf(Hostile const& hostile) {
     std::string text = "35=D|";
-    for (int i = 0; text.size() < size; ++i) {
+    for (int i = 0; text.size() < hostileSize; ++i) {
         text += hostile.part(i);
     }
     return onTheWire(text);

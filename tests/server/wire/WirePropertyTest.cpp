@@ -20,7 +20,7 @@ constexpr unsigned dictionaries = 150;
 constexpr int messagesEach = 10;
 
 // Everything in a group: fields with types and values by ascending tag, then the instances.
-std::string shape(ZANFieldGroup const& group) {
+std::string contents(ZANFieldGroup const& group) {
     std::string text;
     for (auto fields = group.fieldIterator(); fields->hasNext(); fields->next()) {
         ZANField const& field = *std::as_const(*fields).current();
@@ -29,7 +29,7 @@ std::string shape(ZANFieldGroup const& group) {
     }
     for (auto groups = group.groupIterator(); groups->hasNext(); groups->next()) {
         ZANFieldGroup const& instance = *std::as_const(*groups).current();
-        text += std::to_string(instance.getGroupTag()) + "{\n" + shape(instance) + "}\n";
+        text += std::to_string(instance.getGroupTag()) + "{\n" + contents(instance) + "}\n";
     }
     return text;
 }
@@ -39,12 +39,12 @@ counted_ptr<ZANFieldGroup> parse(std::string const& text, CompiledDictionary con
     return readMessage(text, fieldSeparator, reading, dictionary);
 }
 
-std::string shapeWithoutFrame(std::string const& text, CompiledDictionary const& dictionary,
-                              Reading reading) {
+std::string contentsWithoutFrame(std::string const& text, CompiledDictionary const& dictionary,
+                                 Reading reading) {
     auto const model = parse(text, dictionary, reading);
     model->removeField(9);
     model->removeField(10);
-    return shape(*model);
+    return contents(*model);
 }
 
 // Calls `check` with random messages, and tells the seed when it fails.
@@ -100,7 +100,7 @@ TEST(WireProperty, AMessageComesBackFromItsText) {
                          Chance&, RandomMessages&) {
         std::string const text = wireText(message, dictionary);
         for (Reading const reading : {Reading::Tolerant, Reading::Strict}) {
-            ASSERT_EQ(shapeWithoutFrame(text, dictionary, reading), shape(message));
+            ASSERT_EQ(contentsWithoutFrame(text, dictionary, reading), contents(message));
         }
     });
 }
