@@ -56,7 +56,7 @@ std::vector<std::string> Connection::ailments() const {
     std::vector<std::string> ailments;
     LinkState const state = watch_.state();
     if (state.has(FLAG_DB_ERROR)) {
-        ailments.push_back(described("messages cannot be stored: " + state.lastError));
+        ailments.push_back(described("the message log fails: " + state.lastError));
     }
     if (state.has(FLAG_UNAVAILABLE)) {
         ailments.push_back(described("the counterparty does not read"));

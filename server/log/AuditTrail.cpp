@@ -7,8 +7,6 @@
 
 namespace zan::server {
 
-namespace {} // namespace
-
 TableRow tableRowOf(FixEntry const& entry) {
     return {"",
             "",

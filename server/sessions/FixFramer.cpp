@@ -1,5 +1,7 @@
 #include "server/sessions/FixFramer.h"
 
+#include "server/sessions/FixScanner.h"
+
 #include <algorithm>
 #include <cstdio>
 

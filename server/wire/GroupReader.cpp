@@ -173,9 +173,4 @@ counted_ptr<ZANFieldGroup> readMessage(std::string_view text, char separator, Re
     return GroupReader(text, separator, reading, dictionary).read();
 }
 
-counted_ptr<ZANFieldGroup> readMessage(std::string_view text, char separator, Reading reading,
-                                       GroupDictionary const& dictionary) {
-    return readMessage(text, separator, reading, CompiledDictionary(dictionary));
-}
-
 } // namespace zan::server

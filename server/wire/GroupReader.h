@@ -6,7 +6,6 @@
 
 #include "infra/counted_ptr.h"
 #include "message/ZANFieldGroup.h"
-#include "server/sessions/GroupDictionary.h"
 #include "server/wire/CompiledDictionary.h"
 #include "server/wire/FieldText.h"
 
@@ -23,11 +22,6 @@ namespace zan::server {
 /// count without instances stays a field.
 counted_ptr<ZANFieldGroup> readMessage(std::string_view text, char separator, Reading reading,
                                        CompiledDictionary const& dictionary);
-
-/// The same for a single text: compiles the dictionary each time, which takes much longer than to
-/// read a message.
-counted_ptr<ZANFieldGroup> readMessage(std::string_view text, char separator, Reading reading,
-                                       GroupDictionary const& dictionary);
 
 } // namespace zan::server
 

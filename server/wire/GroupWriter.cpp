@@ -50,9 +50,4 @@ FixFields writeFields(ZANFieldGroup const& message, std::string const& type,
     return sink.take();
 }
 
-FixFields writeFields(ZANFieldGroup const& message, std::string const& type,
-                      GroupDictionary const& dictionary) {
-    return writeFields(message, type, CompiledDictionary(dictionary));
-}
-
 } // namespace zan::server

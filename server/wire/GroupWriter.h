@@ -6,7 +6,6 @@
 
 #include "message/ZANFieldGroup.h"
 #include "server/sessions/FixMessage.h"
-#include "server/sessions/GroupDictionary.h"
 #include "server/wire/CompiledDictionary.h"
 
 #include <string>
@@ -25,10 +24,6 @@ FixFields writeFields(ZANFieldGroup const& message, std::string const& type,
 /// The same without what is not wanted at the top, which may then hold anything.
 FixFields writeFields(ZANFieldGroup const& message, std::string const& type,
                       CompiledDictionary const& dictionary, bool (*isWanted)(int tag));
-
-/// The same for a single message: compiles the dictionary each time.
-FixFields writeFields(ZANFieldGroup const& message, std::string const& type,
-                      GroupDictionary const& dictionary);
 
 } // namespace zan::server
 

@@ -64,16 +64,4 @@ FixFields logonFieldsFromModel(ZANFieldGroup const& fields, CompiledDictionary c
     return bodyOf(fields, "A", dictionary);
 }
 
-OutgoingMessage outgoingFromText(std::string_view text, GroupDictionary const& dictionary) {
-    return outgoingFromText(text, CompiledDictionary(dictionary));
-}
-
-OutgoingMessage outgoingFromModel(ZANFieldGroup const& message, GroupDictionary const& dictionary) {
-    return outgoingFromModel(message, CompiledDictionary(dictionary));
-}
-
-FixFields logonFieldsFromModel(ZANFieldGroup const& fields, GroupDictionary const& dictionary) {
-    return logonFieldsFromModel(fields, CompiledDictionary(dictionary));
-}
-
 } // namespace zan::server

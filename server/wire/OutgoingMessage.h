@@ -6,7 +6,6 @@
 
 #include "message/ZANFieldGroup.h"
 #include "server/sessions/FixMessage.h"
-#include "server/sessions/GroupDictionary.h"
 #include "server/wire/CompiledDictionary.h"
 
 #include <string>
@@ -37,11 +36,6 @@ OutgoingMessage outgoingFromModel(ZANFieldGroup const& message,
 /// The fields that a connection adds to its Logon. A type, where there is one, has to be the
 /// Logon's. Throws `MalformedMessage`.
 FixFields logonFieldsFromModel(ZANFieldGroup const& fields, CompiledDictionary const& dictionary);
-
-/// The same for a single message: each compiles the dictionary.
-OutgoingMessage outgoingFromText(std::string_view text, GroupDictionary const& dictionary);
-OutgoingMessage outgoingFromModel(ZANFieldGroup const& message, GroupDictionary const& dictionary);
-FixFields logonFieldsFromModel(ZANFieldGroup const& fields, GroupDictionary const& dictionary);
 
 } // namespace zan::server
 

@@ -60,8 +60,7 @@ TEST_F(HealthTest, TurnsSickOnAFullDiskAndWellAgainWhenThereIsRoom) {
     sendUntilRefused();
     HttpReply const sick = ask("/healthz");
     EXPECT_EQ(sick.status, 503);
-    EXPECT_EQ(sick.body.find("connection C: messages cannot be stored: " + logFile()), 0u)
-        << sick.body;
+    EXPECT_EQ(sick.body.find("connection C: the message log fails: " + logFile()), 0u) << sick.body;
     EXPECT_EQ(std::ranges::count(sick.body, '\n'), 1);
     PrometheusText const figures(ask("/metrics").body);
     EXPECT_EQ(figures["zan_storage_failing{connection=\"C\"}"], 1);

@@ -17,10 +17,10 @@ namespace {
 
 using namespace zan::server;
 
-GroupDictionary const& dictionary(std::string const& version) {
-    static GroupDictionary const old = parseGroups(std::string(dictionaryFor("FIX.4.2")), "4.2");
-    static GroupDictionary const current =
-        parseGroups(std::string(dictionaryFor("FIX.4.4")), "4.4");
+CompiledDictionary const& dictionary(std::string const& version) {
+    static CompiledDictionary const old(parseGroups(std::string(dictionaryFor("FIX.4.2")), "4.2"));
+    static CompiledDictionary const current(
+        parseGroups(std::string(dictionaryFor("FIX.4.4")), "4.4"));
     return version == "FIX.4.2" ? old : current;
 }
 
@@ -40,8 +40,8 @@ TEST(Dictionaries, ServeTheVersionsByAge) {
     for (char const* version : {"FIX.4.3", "FIX.4.4", "FIXT.1.1"}) {
         EXPECT_EQ(dictionaryFor(version), dictionaryFor("FIX.4.4"));
     }
-    EXPECT_EQ(dictionary("FIX.4.2").beginString, "FIX.4.2");
-    EXPECT_EQ(dictionary("FIX.4.4").beginString, "FIX.4.4");
+    EXPECT_EQ(dictionary("FIX.4.2").beginString(), "FIX.4.2");
+    EXPECT_EQ(dictionary("FIX.4.4").beginString(), "FIX.4.4");
 }
 
 TEST(Dictionaries, HoldEveryMessageTypeThatHasAName) {
