@@ -6,7 +6,7 @@
 #include <string>
 
 /// The text as it goes over the wire: `|` becomes SOH.
-inline std::string wire(std::string text) {
+inline std::string onTheWire(std::string text) {
     std::replace(text.begin(), text.end(), '|', '\x01');
     return text;
 }

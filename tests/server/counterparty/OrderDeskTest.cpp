@@ -12,7 +12,7 @@ using zan::server::OrderDesk;
 
 // A message as it came over the wire, out of its type and body; `|` becomes SOH.
 std::string message(std::string const& type, std::string const& body) {
-    return wire("8=FIX.4.4|9=1|35=" + type + "|34=5|49=US|56=THEM|" + body + "10=000|");
+    return onTheWire("8=FIX.4.4|9=1|35=" + type + "|34=5|49=US|56=THEM|" + body + "10=000|");
 }
 
 // `type|tag=value|...|` of a reply.

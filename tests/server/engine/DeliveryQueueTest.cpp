@@ -239,6 +239,11 @@ TEST_F(DeliveryQueueTest, DropsWhatWasNotDoneAfterItsEnd) {
     EXPECT_FALSE(queue->stop(0ms));
     release.set_value();
     EXPECT_TRUE(droppedAfterEnd.get_future().get());
+    std::weak_ptr<DeliveryQueue> const held = queue;
+    queue.reset();
+    while (!held.expired()) {
+        std::this_thread::sleep_for(1ms); // the thread still uses what is here
+    }
 }
 
 TEST_F(DeliveryQueueTest, DropsErrandsThatCameTooLate) {

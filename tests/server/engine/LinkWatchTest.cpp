@@ -1,8 +1,9 @@
 #include "server/engine/LinkWatch.h"
 
+#include "support/Wire.h"
+
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <thread>
 #include <vector>
@@ -12,11 +13,6 @@ namespace {
 using namespace zan::server;
 using namespace std::chrono_literals;
 using Outcome = LogonResult::Outcome;
-
-std::string onTheWire(std::string text) {
-    std::ranges::replace(text, '|', '\x01');
-    return text;
-}
 
 class LinkWatchTest : public testing::Test {
 protected:

@@ -12,7 +12,7 @@ namespace {
 using zan::server::FixFramer;
 
 // `|` becomes SOH.
-std::string const heartbeat = wire("8=FIX.4.4|9=5|35=0|10=163|");
+std::string const heartbeat = onTheWire("8=FIX.4.4|9=5|35=0|10=163|");
 
 // Everything that comes out of these bytes: whole messages, and `!` for each drop.
 std::vector<std::string> cut(FixFramer& framer, std::string const& bytes) {
@@ -43,7 +43,7 @@ TEST(FixFramer, PutsAMessageTogetherFromSingleBytes) {
 }
 
 TEST(FixFramer, FindsTheSameMessagesHoweverTheBytesComeIn) {
-    std::string const bytes = wire("x8=FLY|9=5|35=0|10=227|") + heartbeat;
+    std::string const bytes = onTheWire("x8=FLY|9=5|35=0|10=227|") + heartbeat;
     std::vector<std::string> found;
     FixFramer framer;
     for (char const each : bytes)
@@ -65,7 +65,7 @@ class FixFramerFaults : public testing::TestWithParam<BadBytes> {};
 
 TEST_P(FixFramerFaults, AreToldAndTheNextMessageIsFound) {
     FixFramer framer;
-    std::vector<std::string> const found = cut(framer, wire(GetParam().bytes) + heartbeat);
+    std::vector<std::string> const found = cut(framer, onTheWire(GetParam().bytes) + heartbeat);
     ASSERT_GE(found.size(), 2u);
     EXPECT_NE(found.front().find(GetParam().fault), std::string::npos) << found.front();
     EXPECT_EQ(found.back(), heartbeat);
@@ -88,7 +88,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(FixFramer, WaitsForABodyOfTheLongestLength) {
     FixFramer framer;
-    std::string const head = wire("8=FIX.4.4|9=16777216|35=0|");
+    std::string const head = onTheWire("8=FIX.4.4|9=16777216|35=0|");
     EXPECT_TRUE(cut(framer, head).empty());
 }
 

@@ -19,22 +19,22 @@ std::string scan(std::string const& message) {
 }
 
 TEST(FixScanner, WalksOverTheFieldsInTheirOrder) {
-    EXPECT_EQ(scan(wire("35=D|55=IBM|11=a=b|55=X|")), "35:D;55:IBM;11:a=b;55:X;");
+    EXPECT_EQ(scan(onTheWire("35=D|55=IBM|11=a=b|55=X|")), "35:D;55:IBM;11:a=b;55:X;");
 }
 
 TEST(FixScanner, TakesDataByItsLength) {
-    EXPECT_EQ(scan(wire("95=7|96=a|b=c|d|58=x|")), wire("95:7;96:a|b=c|d;58:x;"));
-    EXPECT_EQ(scan(wire("93=3|89=a|b|10=1|")), wire("93:3;89:a|b;10:1;"));
+    EXPECT_EQ(scan(onTheWire("95=7|96=a|b=c|d|58=x|")), onTheWire("95:7;96:a|b=c|d;58:x;"));
+    EXPECT_EQ(scan(onTheWire("93=3|89=a|b|10=1|")), onTheWire("93:3;89:a|b;10:1;"));
 }
 
 TEST(FixScanner, IgnoresALengthThatNoDataFollows) {
-    EXPECT_EQ(scan(wire("95=3|58=abc|96=x|")), "95:3;58:abc;96:x;");
+    EXPECT_EQ(scan(onTheWire("95=3|58=abc|96=x|")), "95:3;58:abc;96:x;");
 }
 
 class MalformedText : public testing::TestWithParam<std::string> {};
 
 TEST_P(MalformedText, EndsTheWalk) {
-    EXPECT_EQ(scan(wire("35=D|" + GetParam())), "35:D;!");
+    EXPECT_EQ(scan(onTheWire("35=D|" + GetParam())), "35:D;!");
 }
 
 INSTANTIATE_TEST_SUITE_P(Fields, MalformedText,
@@ -42,16 +42,16 @@ INSTANTIATE_TEST_SUITE_P(Fields, MalformedText,
                                          "55=x", "99999999999=x|", "|", "55"));
 
 TEST(FixScanner, DoesNotTrustALengthBeyondTheMessage) {
-    EXPECT_EQ(scan(wire("95=999|96=ab|58=x|")), "95:999;96:ab;58:x;");
+    EXPECT_EQ(scan(onTheWire("95=999|96=ab|58=x|")), "95:999;96:ab;58:x;");
 }
 
 TEST(FixScanner, RefusesDataThatIsLongerThanItsLength) {
-    EXPECT_EQ(scan(wire("95=1|96=ab|58=x|")), "95:1;!");
+    EXPECT_EQ(scan(onTheWire("95=1|96=ab|58=x|")), "95:1;!");
 }
 
 TEST(FixScanner, FindsTheFirstValueOfATag) {
-    EXPECT_EQ(fixValue(wire("35=D|55=A|55=B|"), 55), "A");
-    EXPECT_EQ(fixValue(wire("35=D|55=A|"), 56), "");
+    EXPECT_EQ(fixValue(onTheWire("35=D|55=A|55=B|"), 55), "A");
+    EXPECT_EQ(fixValue(onTheWire("35=D|55=A|"), 56), "");
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include "SampleDictionary.h"
 
+#include "support/Wire.h"
+
 #include <gtest/gtest.h>
 
 #include <string>

@@ -4,6 +4,8 @@
 #include "server/wire/GroupReader.h"
 #include "server/wire/WireText.h"
 
+#include "support/Wire.h"
+
 #include <gtest/gtest.h>
 
 #include <chrono>

@@ -3,6 +3,8 @@
 #include "SampleDictionary.h"
 #include "server/wire/FieldText.h"
 
+#include "support/Wire.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>

@@ -5,9 +5,6 @@
 
 #include "server/wire/CompiledDictionary.h"
 
-#include <algorithm>
-#include <string>
-
 inline zan::server::CompiledDictionary sampleDictionary() {
     zan::server::GroupRule const subParties{523, {523, 803}, {}};
     zan::server::GroupRule const parties{448, {448, 447, 452, 802}, {{802, subParties}}};
@@ -15,12 +12,6 @@ inline zan::server::CompiledDictionary sampleDictionary() {
     zan::server::GroupRule const hops{628, {628, 629}, {}};
     return zan::server::CompiledDictionary(
         {"FIX.4.4", {{"D", {{453, parties}, {78, allocations}}}}, {{627, hops}}});
-}
-
-/// The text with `|` as separator made one of the wire.
-inline std::string onTheWire(std::string text) {
-    std::ranges::replace(text, '|', '\x01');
-    return text;
 }
 
 #endif

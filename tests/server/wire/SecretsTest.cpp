@@ -1,19 +1,15 @@
 #include "server/wire/Secrets.h"
 
+#include "support/Wire.h"
+
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 
 namespace {
 
 using zan::server::isSecretTag;
 using zan::server::maskSecrets;
-
-std::string onTheWire(std::string text) {
-    std::ranges::replace(text, '|', '\x01');
-    return text;
-}
 
 // The same with both separators.
 void expectMasked(std::string const& text, std::string const& masked) {

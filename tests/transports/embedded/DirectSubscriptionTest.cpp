@@ -1,5 +1,9 @@
 #include "EmbeddedFixture.h"
 
+#include <atomic>
+#include <chrono>
+#include <thread>
+
 namespace {
 
 using DirectSubscriptionTest = EmbeddedTest;
@@ -55,6 +59,28 @@ TEST_F(DirectSubscriptionTest, EndsOnEveryConnection) {
     engine().disconnect(me, "C", "");
     ZANEngineProxy::uninitialize();
     EXPECT_TRUE(recorder->events().empty());
+}
+
+TEST_F(DirectSubscriptionTest, EndsAfterACallThatIsUnderWay) {
+    struct Slow : IZANEventListener {
+        void processEvent(counted_ptr<ZANEvent>) override {
+            if (!isCalled.exchange(true)) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(100));
+                hasReturned = true;
+            }
+        }
+        std::atomic<bool> isCalled{false};
+        std::atomic<bool> hasReturned{false};
+    };
+    startAndConnect();
+    auto* const slow = new Slow;
+    counted_ptr<IZANEventListener> listener(slow);
+    engine().subscribeDirect(me, "C", false, true, false, listener);
+    engine().sendMessage(me, "C", order("x-1"));
+    ASSERT_TRUE(eventually([&] { return slow->isCalled.load(); }));
+    engine().destroyDirectSubscriber(listener);
+    EXPECT_TRUE(slow->hasReturned);
+    EXPECT_EQ(listener.use_count(), 1u);
 }
 
 } // namespace
