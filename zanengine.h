@@ -38,6 +38,7 @@
 #include "errors/ZANSecurityException.h"
 #include "errors/ZANUtilityFunctions.h"
 
+#include "message/FieldGroupRanges.h"
 #include "message/IZANFieldGroupWalker.h"
 #include "message/ZAN.h"
 #include "message/ZANField.h"

@@ -33,14 +33,16 @@ struct GroupAccess {
     static FieldTable const& fields(ZANFieldGroup const& group) { return group.storage_->fields; }
     static GroupTable const& groups(ZANFieldGroup const& group) { return group.storage_->groups; }
 
+    static bool isPlain(ZANField const& field) { return &typeid(field) == &typeid(ZANField); }
+
     /// The value of a field: of a plain one without a call.
     static Value const& value(ZANField const& field) {
-        return &typeid(field) == &typeid(ZANField) ? field.value_ : field.getValue();
+        return isPlain(field) ? field.value_ : field.getValue();
     }
 
     /// Whether a field is a plain one that has still the tag under which it is filed.
     static bool isAsFiled(ZANField const& field, int tag) {
-        return &typeid(field) == &typeid(ZANField) && field.tag_ == tag;
+        return isPlain(field) && field.tag_ == tag;
     }
 
     /// A new field and its control block, out of blocks that were taken before: the next blocks are

@@ -8,16 +8,26 @@
 #include "infra/SmallObjects.h"
 #include "infra/Value.h"
 #include "infra/counted_ptr.h"
+#include "message/FieldGroupRanges.h"
 #include "message/ZANField.h"
 #include "message/ZANIterator.h"
 
 #include <cstddef>
 #include <iosfwd>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <type_traits>
 
 namespace zan {
+
 struct GroupAccess;
-}
+
+template <class T>
+inline constexpr bool isPointerButNoText =
+    (std::is_pointer_v<T> || std::is_member_pointer_v<T>)&&!std::is_convertible_v<T, char const*>;
+
+} // namespace zan
 
 /// Fields by tag, at most one for a tag, and sub-groups: under each group tag the instances of that
 /// repeating group in the order in which they were added. The number of instances is the length
@@ -70,6 +80,23 @@ public:
     /// Forwards to the string operation: a text literal would become a `bool` without it.
     /// `InfraException` for a null pointer.
     void setFieldValue(int tag, char const* value);
+
+    /// Forward to the `long` operation. `InfraException` for a number that is no `long`.
+    void setFieldValue(int tag, long long value);
+    void setFieldValue(int tag, unsigned value);
+    void setFieldValue(int tag, unsigned long value);
+    void setFieldValue(int tag, unsigned long long value);
+
+    /// Forwards to the string operation. A template, so that what converts to both kinds of string
+    /// goes on to choose `std::string`.
+    template <class View, std::enable_if_t<std::is_same_v<View, std::string_view>, int> = 0>
+    void setFieldValue(int tag, View value) {
+        setFieldValue(tag, std::string(value));
+    }
+
+    /// No other pointer is a value: it would become a `bool`.
+    template <class Pointer, std::enable_if_t<zan::isPointerButNoText<Pointer>, int> = 0>
+    void setFieldValue(int tag, Pointer value) = delete;
 
     /// An absent tag is ignored.
     virtual void removeField(int tag);
@@ -128,6 +155,37 @@ public:
     /// Removes the instance at an index from 0 and closes the gap; with the last instance the tag
     /// goes. False, and nothing changes, when the tag is absent or the index out of range.
     bool eraseGroup(int groupTag, int index);
+
+    // Readers. What they answer is a copy. They read through `getField`, `fieldIterator`,
+    // `getGroupCount` and `getGroup`, so a derived class that overrides these is read rightly.
+
+    /// The value of the field with this tag; empty when there is none.
+    [[nodiscard]] std::optional<Value> find(int tag) const;
+
+    /// Whether there is a field with this tag.
+    [[nodiscard]] bool has(int tag) const;
+
+    /// The number of fields, without those of sub-groups. It counts them.
+    [[nodiscard]] std::size_t size() const;
+
+    /// The value of the field with this tag, or the default when there is none: as its text, or
+    /// read as a number, a bool or a char as `Value` reads it. A value that cannot be read so is an
+    /// `InfraException` with the tag and the text, and never the default.
+    [[nodiscard]] std::string getString(int tag, std::string_view defaultValue = {}) const;
+    std::string getString(int tag, std::nullptr_t) const = delete;
+    [[nodiscard]] long getLong(int tag, long defaultValue) const;
+    [[nodiscard]] int getInt(int tag, int defaultValue) const;
+    [[nodiscard]] double getDouble(int tag, double defaultValue) const;
+    [[nodiscard]] bool getBool(int tag, bool defaultValue) const;
+    [[nodiscard]] char getChar(int tag, char defaultValue) const;
+
+    /// `for (ZANField const& field : group)`: the fields by ascending tag.
+    [[nodiscard]] zan::FieldCursor begin() const;
+    [[nodiscard]] zan::FieldCursor end() const;
+
+    /// `for (ZANFieldGroup const& leg : group.instances(555))`: the instances of one tag in their
+    /// order; none when the tag is absent.
+    [[nodiscard]] zan::InstanceRange instances(int groupTag) const;
 
     static void* operator new(std::size_t size) { return zan::allocateSmall(size); }
     static void* operator new(std::size_t, void* place) noexcept { return place; }
