@@ -70,7 +70,9 @@ void Arguments::addGlobalOptions() {
         .flag(options_.isJson, "--json", "one object of JSON a line")
         .flag(options_.isRaw, "--raw",
               "the bytes of the messages alone, a message a line; on a terminal with | for SOH")
-        .excludes("--json");
+        .excludes("--json")
+        .flag(options_.showsSecrets, "--show-secrets",
+              "passwords in messages as they are, not as ***");
 }
 
 std::optional<ExitCode> Arguments::parse(int argc, char const* const* argv, std::ostream& out,

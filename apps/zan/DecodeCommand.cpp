@@ -4,6 +4,7 @@
 #include "apps/zan/InputLines.h"
 #include "apps/zan/MessageView.h"
 #include "server/wire/FieldText.h"
+#include "server/wire/Secrets.h"
 
 namespace zan::cli {
 
@@ -39,8 +40,10 @@ public:
     }
 
 private:
-    static bool show(long long number, std::string const& message, Context& context) {
-        std::vector<std::string> const faults = frameFaults(message);
+    static bool show(long long number, std::string const& whole, Context& context) {
+        std::vector<std::string> const faults = frameFaults(whole);
+        std::string const message =
+            context.settings.showsSecrets ? whole : server::maskSecrets(whole);
         if (context.output.format() == OutputFormat::Table) {
             context.output.printText(textOf(message, faults, context));
         } else if (context.output.format() == OutputFormat::Raw) {
@@ -67,15 +70,10 @@ private:
     // One object for each field, and one for each fault.
     static void printRecords(long long number, std::string const& message,
                              std::vector<std::string> const& faults, Context& context) {
-        Dictionary const& dictionary = context.names.of(server::valueOf(message, 8));
-        for (ViewedField const& field : viewFields(message, dictionary)) {
-            context.output.print({{"message", number},
-                                  {"tag", static_cast<long long>(field.tag)},
-                                  {"name", field.name},
-                                  {"value", field.value},
-                                  {"meaning", field.meaning},
-                                  {"depth", static_cast<long long>(field.depth)},
-                                  {"fault", nullptr}});
+        for (Record field : decodedFields(message, context.names)) {
+            field.insert(field.begin(), {"message", number});
+            field.emplace_back("fault", nullptr);
+            context.output.print(field);
         }
         for (std::string const& fault : faults) {
             context.output.print({{"message", number},

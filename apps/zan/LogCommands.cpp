@@ -183,8 +183,11 @@ private:
             return column != "edited" && column != "user" && column != "action";
         });
         Record record{{"edited", row[0]}, {"user", row[1]}, {"action", row[2]}};
-        std::ranges::move(messageRecord(messageRow(ofLog), others, context.names),
-                          std::back_inserter(record));
+        MessageRow then = messageRow(ofLog);
+        if (!context.settings.showsSecrets) {
+            then = withoutSecrets(std::move(then));
+        }
+        std::ranges::move(messageRecord(then, others, context.names), std::back_inserter(record));
         return record;
     }
 

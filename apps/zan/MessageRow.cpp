@@ -3,6 +3,7 @@
 #include "apps/zan/ExitCodes.h"
 #include "errors/ZANEngineException.h"
 #include "server/wire/FieldText.h"
+#include "server/wire/Secrets.h"
 
 #include <algorithm>
 #include <array>
@@ -59,6 +60,12 @@ MessageRow messageRow(std::vector<std::string> const& row) {
     }
     return {numberIn(row[0]), row[1], numberIn(row[2]), row[3], numberIn(row[4]),
             row[5],           row[6], row[7],           row[8]};
+}
+
+MessageRow withoutSecrets(MessageRow row) {
+    row.text = server::maskSecrets(row.text);
+    row.note = server::maskSecrets(row.note);
+    return row;
 }
 
 std::vector<std::string> const& usualMessageColumns() {

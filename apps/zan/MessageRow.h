@@ -32,6 +32,9 @@ inline constexpr char const* messageColumns = "id,time,stream,type,seq,sender,ta
 /// A row of the log's table. Throws `ZANEngineException` for one that has another shape.
 MessageRow messageRow(std::vector<std::string> const& row);
 
+/// The same with `***` in place of passwords.
+MessageRow withoutSecrets(MessageRow row);
+
 /// What a table shows of an entry when nothing else is asked for.
 std::vector<std::string> const& usualMessageColumns();
 

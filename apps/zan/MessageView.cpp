@@ -97,6 +97,18 @@ std::vector<ViewedField> viewFields(std::string_view message, Dictionary const& 
     return fields;
 }
 
+std::vector<Record> decodedFields(std::string_view message, Names& names) {
+    std::vector<Record> fields;
+    for (ViewedField const& field : viewFields(message, names.of(server::valueOf(message, 8)))) {
+        fields.push_back({{"tag", static_cast<long long>(field.tag)},
+                          {"name", field.name},
+                          {"value", field.value},
+                          {"meaning", field.meaning},
+                          {"depth", static_cast<long long>(field.depth)}});
+    }
+    return fields;
+}
+
 std::string viewText(std::string_view message, Names& names, bool isColored) {
     std::string_view const version = server::valueOf(message, 8);
     std::string_view const type = server::valueOf(message, 35);

@@ -5,6 +5,7 @@
 #define ZANENGINE_APPS_ZAN_MESSAGEVIEW_H
 
 #include "apps/zan/Names.h"
+#include "apps/zan/Record.h"
 
 #include <string>
 #include <string_view>
@@ -23,6 +24,9 @@ struct ViewedField {
 
 /// The fields of a message, separated by SOH, in their order. Values are bytes.
 std::vector<ViewedField> viewFields(std::string_view message, Dictionary const& dictionary);
+
+/// The same for programs: objects with tag, name, value, meaning and depth.
+std::vector<Record> decodedFields(std::string_view message, Names& names);
 
 /// The fields as lines for people, the fields of groups indented, below a line with the type.
 std::string viewText(std::string_view message, Names& names, bool isColored);

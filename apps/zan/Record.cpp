@@ -6,6 +6,33 @@
 
 namespace zan::cli {
 
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// NOLINTNEXTLINE(misc-no-recursion): as deep as lists stand in lists.
+Json objectOf(Record const& record) {
+    Json object = Json::object();
+    for (RecordField const& field : record) {
+        std::visit(
+            [&](auto const& value) {
+                using Type = std::decay_t<decltype(value)>;
+                if constexpr (std::is_same_v<Type, std::vector<Record>>) {
+                    object[field.name] = Json::array();
+                    for (Record const& each : value) {
+                        object[field.name].push_back(objectOf(each));
+                    }
+                } else if constexpr (!std::is_same_v<Type, std::monostate>) {
+                    object[field.name] = value;
+                }
+            },
+            field.value);
+    }
+    return object;
+}
+
+} // namespace
+
 std::string shownText(RecordField const& field) {
     if (!field.shown.empty()) {
         return printable(field.shown);
@@ -27,18 +54,9 @@ std::string shownText(RecordField const& field) {
 }
 
 std::string jsonLine(Record const& record) {
-    nlohmann::ordered_json object = nlohmann::ordered_json::object();
-    for (RecordField const& field : record) {
-        std::visit(
-            [&](auto const& value) {
-                if constexpr (!std::is_same_v<std::decay_t<decltype(value)>, std::monostate>) {
-                    object[field.name] = value;
-                }
-            },
-            field.value);
-    }
     constexpr int inOneLine = -1;
-    return object.dump(inOneLine, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    return withoutHiddenCharacters(
+        objectOf(record).dump(inOneLine, ' ', false, Json::error_handler_t::replace));
 }
 
 } // namespace zan::cli

@@ -13,9 +13,13 @@
 
 namespace zan::cli {
 
+struct RecordField;
+using Record = std::vector<RecordField>;
+
 /// A value as programs get it; `nullptr` where there is none, nothing at all for a field that is
-/// only for people. Text may hold any bytes.
-using FieldValue = std::variant<std::nullptr_t, bool, long long, std::string, std::monostate>;
+/// only for people. Text may hold any bytes. A list of records is for programs alone.
+using FieldValue =
+    std::variant<std::nullptr_t, bool, long long, std::string, std::monostate, std::vector<Record>>;
 
 struct RecordField {
     RecordField(std::string fieldName, FieldValue fieldValue, std::string shownAs = {},
@@ -30,13 +34,11 @@ struct RecordField {
     Tone tone;
 };
 
-using Record = std::vector<RecordField>;
-
 /// The field as people get it.
 std::string shownText(RecordField const& field);
 
 /// The record as one object of JSON, in one line without its end. Bytes that are no UTF-8 are
-/// replaced.
+/// replaced; control characters and hidden marks are escapes.
 std::string jsonLine(Record const& record);
 
 } // namespace zan::cli

@@ -123,6 +123,7 @@ Settings resolve(GlobalOptions const& options, Environment const& variables) {
         settings.user = loginName();
     }
     settings.secret = firstOf(options.secret, variables("ZAN_SECRET"), file.secret);
+    settings.showsSecrets = options.showsSecrets;
     warnAboutSecrets(settings, options, !file.secret.empty());
     return settings;
 }

@@ -21,6 +21,7 @@ struct GlobalOptions {
     std::string diagnostics;
     bool isJson = false;
     bool isRaw = false;
+    bool showsSecrets = false;
 };
 
 /// Where something is configured, with what was found there.
@@ -32,6 +33,8 @@ struct Settings {
     std::string urlFrom;
     /// The config file that was looked for.
     std::string configFile;
+    /// Whether passwords in messages are printed as they are.
+    bool showsSecrets = false;
     /// One line each, for standard error.
     std::vector<std::string> warnings;
 };

@@ -30,11 +30,21 @@ void ShownMessages::begin(Session const& session, std::string const& connection,
 }
 
 void ShownMessages::print(MessageRow const& row, Context& context) const {
+    MessageRow const shown = context.settings.showsSecrets ? row : withoutSecrets(row);
     Output& output = context.output;
-    if (!isDecoded_ || output.format() != OutputFormat::Table) {
-        output.print(messageRecord(row, columns_, context.names));
+    if (isDecoded_ && output.format() == OutputFormat::Table) {
+        printDecoded(shown, context);
         return;
     }
+    Record record = messageRecord(shown, columns_, context.names);
+    if (isDecoded_) {
+        record.emplace_back("decoded", decodedFields(shown.text, context.names));
+    }
+    output.print(record);
+}
+
+void ShownMessages::printDecoded(MessageRow const& row, Context& context) {
+    Output& output = context.output;
     output.printText(toned(printable(titleOf(row)), Tone::Heading, output.isColored()) + "\n");
     if (!row.text.empty()) {
         output.printText(viewText(row.text, context.names, output.isColored()));

@@ -21,9 +21,12 @@ public:
     /// knows. The names are those of the connection's dictionary.
     void begin(Session const& session, std::string const& connection, Context& context);
 
+    /// Passwords are masked unless the settings say otherwise.
     void print(MessageRow const& row, Context& context) const;
 
 private:
+    static void printDecoded(MessageRow const& row, Context& context);
+
     std::string list_;
     bool isDecoded_ = false;
     std::vector<std::string> columns_;

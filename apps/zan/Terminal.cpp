@@ -1,6 +1,8 @@
 #include "apps/zan/Terminal.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstdlib>
 
 #include <sys/ioctl.h>
@@ -29,20 +31,55 @@ std::size_t lengthOfCharacter(std::string_view text) {
     return std::ranges::all_of(text.substr(1, length - 1), isContinuation) ? length : 0;
 }
 
-// The control characters that UTF-8 spells with two bytes, U+0080 to U+009F.
-bool isLongControl(std::string_view character) {
-    return character.size() == 2 && character[0] == '\xC2' &&
-           static_cast<unsigned char>(character[1]) < 0xA0;
+// The number of a character that UTF-8 spells with these bytes.
+std::uint32_t codePointOf(std::string_view character) {
+    constexpr std::array<unsigned char, 5> leadBits = {0, 0x7F, 0x1F, 0x0F, 0x07};
+    std::uint32_t point = static_cast<unsigned char>(character[0]) & leadBits.at(character.size());
+    for (char const c : character.substr(1)) {
+        point = point << 6U | (static_cast<unsigned char>(c) & 0x3FU);
+    }
+    return point;
 }
 
-bool isControl(char c) {
-    return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
+bool isControl(std::uint32_t point) {
+    return point < ' ' || (point >= 0x7F && point < 0xA0);
 }
 
-std::string escaped(char c) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    auto const byte = static_cast<unsigned char>(c);
-    return {'\\', 'x', digits[byte >> 4U], digits[byte & 0xFU]};
+// Marks that nobody sees and that turn the direction of a text or end a line.
+bool isHiddenMark(std::uint32_t point) {
+    return point == 0x061C || point == 0x200E || point == 0x200F ||
+           (point >= 0x2028 && point <= 0x202E) || (point >= 0x2066 && point <= 0x2069);
+}
+
+std::string hexadecimal(std::uint32_t number, int digits) {
+    std::string text;
+    while (--digits >= 0) {
+        text += "0123456789abcdef"[number >> 4U * static_cast<unsigned>(digits) & 0xFU];
+    }
+    return text;
+}
+
+std::string escapedBytes(std::string_view bytes) {
+    std::string text;
+    for (char const c : bytes) {
+        text += "\\x" + hexadecimal(static_cast<unsigned char>(c), 2);
+    }
+    return text;
+}
+
+std::string escapedPoint(std::uint32_t point) {
+    return "\\u" + hexadecimal(point, 4);
+}
+
+// Gives out the text character by character; what is no UTF-8 byte by byte, and then `isSound` is
+// false.
+template <typename Sink> // void(std::string_view character, bool isSound)
+void forEachCharacter(std::string_view text, Sink const& sink) {
+    while (!text.empty()) {
+        std::size_t const length = lengthOfCharacter(text);
+        sink(text.substr(0, std::max<std::size_t>(length, 1)), length > 0);
+        text.remove_prefix(std::max<std::size_t>(length, 1));
+    }
 }
 
 } // namespace
@@ -74,20 +111,27 @@ bool wantsColor(std::string const& setting, int descriptor) {
 std::string printable(std::string_view bytes) {
     std::string text;
     text.reserve(bytes.size());
-    while (!bytes.empty()) {
-        std::size_t const length = lengthOfCharacter(bytes);
-        std::string_view const character = bytes.substr(0, std::max<std::size_t>(length, 1));
+    forEachCharacter(bytes, [&](std::string_view character, bool isSound) {
+        std::uint32_t const point = isSound ? codePointOf(character) : 0;
         if (character[0] == '\x01') {
             text += '|';
-        } else if (length == 0 || isControl(character[0]) || isLongControl(character)) {
-            for (char const c : character) {
-                text += escaped(c);
-            }
+        } else if (!isSound || isControl(point)) {
+            text += escapedBytes(character);
         } else {
-            text += character;
+            text += isHiddenMark(point) ? escapedPoint(point) : std::string(character);
         }
-        bytes.remove_prefix(character.size());
-    }
+    });
+    return text;
+}
+
+std::string withoutHiddenCharacters(std::string_view json) {
+    std::string text;
+    text.reserve(json.size());
+    forEachCharacter(json, [&](std::string_view character, bool isSound) {
+        std::uint32_t const point = isSound ? codePointOf(character) : 0;
+        bool const isHidden = isSound && (isControl(point) || isHiddenMark(point));
+        text += isHidden ? escapedPoint(point) : std::string(character);
+    });
     return text;
 }
 

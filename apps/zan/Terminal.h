@@ -22,8 +22,13 @@ std::optional<std::size_t> terminalWidth(int descriptor);
 bool wantsColor(std::string const& setting, int descriptor);
 
 /// Bytes of a message as text that can do no harm to a terminal: SOH is `|`, other control
-/// characters and bytes that are no UTF-8 are `\x` and two digits.
+/// characters (also DEL and U+0080 to U+009F) and bytes that are no UTF-8 are `\x` and two digits,
+/// the marks that turn the direction of a text or end a line are `\u` and four.
 std::string printable(std::string_view bytes);
+
+/// A line of JSON in which the same characters, as far as they still stand for themselves, are the
+/// escape `\u` and four digits: the same JSON, in which nothing is hidden.
+std::string withoutHiddenCharacters(std::string_view json);
 
 /// How many characters of UTF-8 a text has.
 std::size_t widthOf(std::string_view text);

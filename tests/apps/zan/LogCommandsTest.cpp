@@ -73,6 +73,50 @@ TEST_F(LogCommands, ShowAMessageFieldByField) {
     EXPECT_NE(run.output.find("  11    ClOrdID = one\n"), std::string::npos);
 }
 
+TEST_F(LogCommands, DecodeForProgramsToo) {
+    auto const rows =
+        objects(zan({"--json", "log", "--stream", "app-out", "-n", "1", "--decode"}).output);
+    ASSERT_EQ(rows.size(), 1U);
+    std::string side;
+    for (auto const& field : rows[0]["decoded"]) {
+        if (field["tag"] == 54) {
+            side = field["name"].get<std::string>() + "=" + field["value"].get<std::string>() +
+                   " " + field["meaning"].get<std::string>();
+        }
+    }
+    EXPECT_EQ(side, "Side=1 Buy");
+}
+
+TEST_F(LogCommands, MaskPasswordsInEveryForm) {
+    std::string const logon = "35=A|49=US|554=hush-1|95=6|96=hush-2|925=hush-3|58=kept";
+    ASSERT_EQ(zan({"edit", "insert", "C", "--yes", logon}).code, 0);
+    ASSERT_EQ(zan({"edit", "update", "C", "note = 'was 554=hush-4'", "--where", "tag(58) = 'kept'",
+                   "--yes"})
+                  .code,
+              0);
+    std::vector<std::vector<std::string>> const forms = {
+        {"log"},
+        {"--json", "log"},
+        {"--raw", "log"},
+        {"log", "--decode"},
+        {"--json", "log", "--decode"},
+        {"log", "--columns", "554,96,Password,text,note"},
+        {"tail", "--no-follow"},
+        {"audit"},
+        {"--json", "audit"}};
+    for (std::vector<std::string> form : forms) {
+        RunResult const masked = zan(form);
+        EXPECT_EQ(masked.code, 0) << masked.errors;
+        EXPECT_EQ(masked.output.find("hush"), std::string::npos) << masked.output;
+        EXPECT_NE(masked.output.find("***"), std::string::npos) << masked.output;
+        form.insert(form.begin(), "--show-secrets");
+        EXPECT_NE(zan(form).output.find("hush-1"), std::string::npos);
+    }
+    std::string const text = "8=FIX.4.4|" + logon + "|10=000|\n";
+    EXPECT_EQ(zan({"decode"}, text).output.find("hush"), std::string::npos);
+    EXPECT_NE(zan({"--show-secrets", "decode"}, text).output.find("hush-3"), std::string::npos);
+}
+
 TEST_F(LogCommands, FollowTheChainOfAnOrder) {
     EXPECT_EQ(column({"chain", "C", "one", "--columns", "ClOrdID,OrdStatus"}, "OrdStatus"),
               " 0 1 2 ");

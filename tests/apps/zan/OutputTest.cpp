@@ -3,6 +3,7 @@
 #include "apps/zan/Record.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <sstream>
 
@@ -40,6 +41,19 @@ TEST(Output, LeavesOutOfJsonWhatIsForPeopleOnly) {
 TEST(Output, MakesSoundJsonOfAnyBytes) {
     EXPECT_EQ(printed({OutputFormat::Json, {}, false}, {{"text", std::string("\xFF\"\n")}}),
               "{\"text\":\"\xEF\xBF\xBD\\\"\\n\"}\n");
+}
+
+TEST(Output, HidesNothingInJson) {
+    std::string const text = "\x7F\u0085\u202E\u2069 Gr\u00FC\u00DFe";
+    std::string const line = jsonLine({{"te\u200Ext", text}});
+    EXPECT_EQ(line, "{\"te\\u200ext\":\"\\u007f\\u0085\\u202e\\u2069 Gr\u00FC\u00DFe\"}");
+    EXPECT_EQ(nlohmann::json::parse(line)["te\u200Ext"], text);
+}
+
+TEST(Output, PutsListsOfRecordsIntoJson) {
+    std::vector<Record> const fields{{{"tag", 35LL}}, {{"tag", 55LL}, {"value", std::string("X")}}};
+    EXPECT_EQ(jsonLine({{"id", 1LL}, {"decoded", fields}}),
+              "{\"id\":1,\"decoded\":[{\"tag\":35},{\"tag\":55,\"value\":\"X\"}]}");
 }
 
 TEST(Output, WritesTheBytesOfMessagesAsTheyAre) {

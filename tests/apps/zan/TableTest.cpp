@@ -103,6 +103,15 @@ TEST(Terminal, LetsNoByteOfAMessageReachTheTerminalAsACommand) {
     EXPECT_EQ(printable("\xC2\x9Bm \xFF Grüße"), "\\xc2\\x9bm \\xff Grüße");
 }
 
+TEST(Terminal, ShowsTheMarksThatTurnATextOrEndALine) {
+    EXPECT_EQ(printable("a\u202Egpj.exe"), "a\\u202egpj.exe");
+    for (char const* mark :
+         {"\u061C", "\u200E", "\u200F", "\u2028", "\u202A", "\u2066", "\u2069"}) {
+        EXPECT_EQ(printable(mark).substr(0, 2), "\\u") << printable(mark);
+    }
+    EXPECT_EQ(printable("\u200D\u2010\u2030\u2065\u20AC"), "\u200D\u2010\u2030\u2065\u20AC");
+}
+
 TEST(Terminal, TakesColoursFromTheSetting) {
     EXPECT_TRUE(wantsColor("always", -1));
     EXPECT_FALSE(wantsColor("never", -1));
