@@ -2,6 +2,7 @@
 #include "apps/zan/Command.h"
 #include "apps/zan/ConnectionDictionary.h"
 #include "apps/zan/LogSearch.h"
+#include "apps/zan/LogTimes.h"
 #include "apps/zan/ShownMessages.h"
 
 #include <algorithm>
@@ -17,8 +18,7 @@ public:
         app_ = &addCommand(program, "log", "Shows entries of a message log");
         Options options(*app_);
         options.onlyConnection(search_.connection)
-            .text(search_.from, "--from", timeKind,
-                  "from this time on: 20261121, 20261121-09:30 or, today, 09:30 (UTC)")
+            .text(search_.from, "--from", timeKind, std::string("from this time on: ") + timeForms)
             .text(search_.to, "--to", timeKind, "up to this time, included")
             .text(ids_, "--ids", "IDS", "these ids: 17, 100-200, 100- or -200")
             .stream(stream_)

@@ -2,10 +2,8 @@
 
 #include "apps/zan/ExitCodes.h"
 #include "apps/zan/Progress.h"
-#include "infra/Time.h"
 
 #include <algorithm>
-#include <string_view>
 
 namespace zan::cli {
 
@@ -31,20 +29,8 @@ std::string conditionOf(LogSearch const& what) {
                   what.to.empty() ? "" : "time <= '" + endOf(what.to) + "'", what.where});
 }
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
 bool isShortNumber(std::string const& text) {
-    return text.size() < 10 && std::ranges::all_of(text, isDigit);
-}
-
-// Whether the text is the beginning of something like the shape, in which 0 stands for any digit.
-bool hasShape(std::string const& text, std::string const& shape) {
-    return text.size() <= shape.size() &&
-           std::ranges::equal(text, shape.substr(0, text.size()), [](char given, char wanted) {
-               return wanted == '0' ? isDigit(given) : given == wanted;
-           });
+    return text.size() < 10 && text.find_first_not_of("0123456789") == std::string::npos;
 }
 
 std::string timeOf(Session& session, LogSearch const& what, int id) {
@@ -138,25 +124,6 @@ IdRange idRangeOf(std::string const& text) {
     range.first = first.empty() ? range.first : std::stoi(first);
     range.last = last.empty() ? range.last : std::stoi(last);
     return range;
-}
-
-std::string timeBeginning(std::string const& text) {
-    constexpr std::string_view ofADay = "00:00:00.000";
-    constexpr std::size_t day = 9; // with the dash behind it
-    bool const isOfToday = text.find(':') == 2;
-    std::string whole = isOfToday ? infra::Time::now().toString().substr(0, day) + text : text;
-    std::string_view const hours = std::string_view(whole).substr(std::min(whole.size(), day));
-    // Two digits stand together, but for those behind the point.
-    bool const isWhole = hours.size() % 3 == 2 || hours.size() > ofADay.find('.');
-    bool const isTime =
-        hasShape(whole, "00000000-" + std::string(ofADay)) &&
-        (whole.empty() || whole.size() == day - 1 || (isWhole && whole.size() > day));
-    if (!isTime || whole.ends_with('.')) {
-        throw UsageError("\"" + text +
-                         "\" is no time; 20261121, 20261121-09:30:00.123 or, for "
-                         "today, 09:30 would be right (UTC)");
-    }
-    return whole;
 }
 
 // No entry has the id 0, so nothing is looked through.

@@ -45,10 +45,6 @@ std::string allOf(std::vector<std::string> const& conditions);
 /// The range that a text such as `100-200`, `100-`, `-200` or `150` means. Throws `UsageError`.
 IdRange idRangeOf(std::string const& text);
 
-/// The beginning of a time as the log writes it, `20261121-09:30`; a time without a day is of
-/// today, UTC. Empty for an empty text; throws `UsageError` for anything else.
-std::string timeBeginning(std::string const& text);
-
 /// Lets the engine look at an expression alone, so that what it says of a wrong one is about the
 /// text that was given. Throws what the engine throws.
 void checkExpression(Session& session, std::string const& connection,

@@ -94,7 +94,7 @@ std::vector<TableColumn> tableColumnsOf(std::vector<std::string> const& columns)
     std::vector<TableColumn> titled;
     for (std::string const& column : columns) {
         auto const found = room.find(column);
-        titled.push_back({column, found == room.end() ? 0 : found->second});
+        titled.push_back(columnOf(column, found == room.end() ? 0 : found->second));
     }
     return titled;
 }

@@ -34,6 +34,7 @@ void Output::setColumns(std::vector<TableColumn> columns) {
 }
 
 void Output::print(Record const& record) {
+    isEmpty_ = false;
     switch (settings_.format) {
     case OutputFormat::Table:
         printRow(record);
@@ -49,6 +50,7 @@ void Output::print(Record const& record) {
 }
 
 void Output::printText(std::string const& text) {
+    isEmpty_ = false;
     if (settings_.format == OutputFormat::Table) {
         out_ << text;
         check();
@@ -67,7 +69,7 @@ void Output::printRow(Record const& record) {
     if (!table_) {
         if (columns_.empty()) {
             for (RecordField const& field : record) {
-                columns_.push_back({field.name});
+                columns_.push_back(columnOf(field.name));
             }
         }
         table_.emplace(columns_, settings_.width, settings_.isColored);

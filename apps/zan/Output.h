@@ -33,6 +33,8 @@ public:
     OutputFormat format() const { return settings_.format; }
     bool isColored() const { return settings_.isColored; }
     bool isTerminal() const { return settings_.width.has_value(); }
+    /// Whether nothing was printed so far.
+    bool isEmpty() const { return isEmpty_; }
 
     /// The fields that a table shows, by their names as titles, the rest being for programs;
     /// without this it shows all of them. Ends the table before.
@@ -57,6 +59,7 @@ private:
     OutputSettings const settings_;
     std::vector<TableColumn> columns_;
     std::optional<Table> table_;
+    bool isEmpty_ = true;
 };
 
 } // namespace zan::cli

@@ -3,6 +3,7 @@
 #include "apps/zan/ConnectionView.h"
 #include "apps/zan/LogFollower.h"
 #include "apps/zan/LogSearch.h"
+#include "apps/zan/LogTimes.h"
 #include "apps/zan/MessageInput.h"
 #include "apps/zan/Properties.h"
 #include "apps/zan/ShownMessages.h"
@@ -203,8 +204,7 @@ public:
                            std::string("They get new numbers and PossResend. ") + logsOnDetail);
         Options(*app_)
             .connection(name_)
-            .text(from_, "--from", timeKind,
-                  "from this time on: 20261121, 20261121-09:30 or, today, 09:30 (UTC)")
+            .text(from_, "--from", timeKind, std::string("from this time on: ") + timeForms)
             .required()
             .text(to_, "--to", timeKind, "up to this time, included; up to now without it")
             .where(where_)

@@ -16,6 +16,11 @@ constexpr std::size_t least = 4;
 
 } // namespace
 
+TableColumn columnOf(std::string const& title, std::size_t least) {
+    bool const holdsTimes = title == "time" || title == "edited" || title == "since";
+    return {title, least, holdsTimes};
+}
+
 Table::Table(std::vector<TableColumn> columns, std::optional<std::size_t> width, bool isColored)
     : columns_(std::move(columns)), width_(width), isColored_(isColored) {
     for (TableColumn const& column : columns_) {
@@ -88,7 +93,9 @@ std::string Table::line(std::vector<TableCell> const& row) const {
     for (std::size_t column = 0; column < row.size(); ++column) {
         TableCell const& cell = row[column];
         bool const isLast = column + 1 == row.size();
-        std::string const shown = cut(cell.text, widths_[column]);
+        std::string const shown = columns_[column].keepsEnd
+                                      ? cutBeginning(cell.text, widths_[column])
+                                      : cut(cell.text, widths_[column]);
         std::string const colored = toned(shown, cell.tone, isColored_);
         std::string const room(isLast ? 0 : widths_[column] - widthOf(shown), ' ');
         text += cell.isNumber ? room + colored : colored + room;

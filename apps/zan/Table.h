@@ -18,7 +18,12 @@ struct TableColumn {
     std::string title;
     /// How wide it is at least, for rows that come later.
     std::size_t least = 0;
+    /// Where it must be cut, the beginning goes: of times the end tells more.
+    bool keepsEnd = false;
 };
+
+/// A column of that title; those that are known to hold times keep their end.
+TableColumn columnOf(std::string const& title, std::size_t least = 0);
 
 struct TableCell {
     std::string text;

@@ -3,6 +3,7 @@
 #include "apps/zan/ConnectionView.h"
 #include "apps/zan/LogFollower.h"
 #include "apps/zan/LogSearch.h"
+#include "apps/zan/LogTimes.h"
 #include "apps/zan/ShownMessages.h"
 
 #include <algorithm>
@@ -22,7 +23,7 @@ public:
         options.onlyConnection(name_)
             .number(count_, "-n,--lines", 0, "begin with this many entries (10)")
             .text(from_, "--from", "ID|TIME",
-                  "begin with this id, or this time: 20261121-09:30 or, today, 09:30 (UTC)")
+                  std::string("begin with this id, or this time: ") + timeForms)
             .excludes("--lines")
             .stream(stream_)
             .where(where_)

@@ -152,6 +152,21 @@ std::string cut(std::string_view text, std::size_t width) {
     return std::string(text.substr(0, end)) + "…";
 }
 
+std::string cutBeginning(std::string_view text, std::size_t width) {
+    std::size_t tooMany = widthOf(text) - std::min(widthOf(text), std::max<std::size_t>(width, 1));
+    if (tooMany == 0) {
+        return std::string(text);
+    }
+    std::size_t begin = 0;
+    // One more, for the ellipsis.
+    for (++tooMany; begin < text.size(); ++begin) {
+        if (!isContinuation(text[begin]) && tooMany-- == 0) {
+            break;
+        }
+    }
+    return "…" + std::string(text.substr(begin));
+}
+
 std::string toned(std::string const& text, Tone tone, bool isColored) {
     if (!isColored || text.empty() || tone == Tone::Plain) {
         return text;

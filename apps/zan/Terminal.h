@@ -36,6 +36,9 @@ std::size_t widthOf(std::string_view text);
 /// The text, with an ellipsis in place of what goes beyond `width` characters.
 std::string cut(std::string_view text, std::size_t width);
 
+/// The same with the ellipsis in place of the beginning.
+std::string cutBeginning(std::string_view text, std::size_t width);
+
 /// How a piece of text stands out where there are colours.
 enum class Tone { Plain, Heading, Good, Bad, Quiet };
 

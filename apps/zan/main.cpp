@@ -51,6 +51,13 @@ void showDiagnostics(std::string const& lowest) {
     setDiagnosticSink(sink, level->second);
 }
 
+// Silence could also mean that something does not work.
+void tellIfEmpty(Output const& output) {
+    if (output.isEmpty() && isTerminal(STDERR_FILENO)) {
+        std::cerr << "zan: there is nothing to show" << std::endl;
+    }
+}
+
 int run(Arguments const& arguments, std::ostream& out) {
     Interrupt interrupt;
     showDiagnostics(arguments.options().diagnostics);
@@ -65,6 +72,7 @@ int run(Arguments const& arguments, std::ostream& out) {
         ExitCode const code = arguments.chosen().run(context);
         output.flush();
         interrupt.check();
+        tellIfEmpty(output);
         return static_cast<int>(code);
     } catch (OutputIsClosed const& closed) {
         return ending(closed);

@@ -1,11 +1,11 @@
 #include "server/config/SessionKeys.h"
 
+#include "server/config/Spelling.h"
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <iterator>
-#include <numeric>
-#include <utility>
 
 namespace zan::server {
 
@@ -137,11 +137,6 @@ constexpr KnownKey knownKeys[] = {
     {"SSLCipherSuite", ValueRule::NoTls},
 };
 
-bool sameLetter(char left, char right) {
-    return std::tolower(static_cast<unsigned char>(left)) ==
-           std::tolower(static_cast<unsigned char>(right));
-}
-
 bool equalIgnoringCase(std::string_view left, std::string_view right) {
     return std::ranges::equal(left, right, sameLetter);
 }
@@ -188,21 +183,6 @@ bool isIdentifier(std::string_view text) {
 
 constexpr long largestNumber = 2147483647;
 
-// How many letters have to be changed, added or left out to make one word of the other.
-std::size_t spellingDistance(std::string_view left, std::string_view right) {
-    std::vector<std::size_t> row(right.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i + 1);
-        for (std::size_t j = 0; j < right.size(); ++j) {
-            std::size_t const replaced = diagonal + (sameLetter(left[i], right[j]) ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
-        }
-    }
-    return row.back();
-}
-
 std::optional<SessionKey> findNumberedKey(std::string_view name) {
     for (KnownKey const& key : knownKeys) {
         bool const mayBeNumbered =
@@ -229,20 +209,11 @@ std::optional<SessionKey> findSessionKey(std::string_view name) {
 }
 
 std::string_view nearestSessionKey(std::string_view name) {
-    // Long names are no misspelling of any key, and the search is quadratic in their length.
-    if (name.size() > 60) {
-        return {};
-    }
-    std::string_view nearest;
-    std::size_t least = std::max<std::size_t>(name.size() / 3, 1) + 1;
+    std::vector<std::string_view> known;
     for (KnownKey const& key : knownKeys) {
-        std::size_t const distance = spellingDistance(key.name, name);
-        if (distance < least) {
-            least = distance;
-            nearest = key.name;
-        }
+        known.push_back(key.name);
     }
-    return nearest;
+    return nearestWord(name, known);
 }
 
 std::string_view whatWouldBeRight(ValueRule rule, std::string_view value) {

@@ -141,6 +141,20 @@ TEST_F(LogCommands, TakeAPartOfATimeForAllThatBeginsWithIt) {
               "");
 }
 
+TEST_F(LogCommands, SayOnATerminalThatThereIsNothing) {
+    RunResult const shown = onTerminal(80, {"log", "--to", "20200101"});
+    EXPECT_EQ(shown.output, "zan: there is nothing to show\n");
+    EXPECT_EQ(shown.code, 0);
+    EXPECT_EQ(zan({"log", "--to", "20200101"}).errors, "");
+}
+
+TEST_F(LogCommands, TakeTimesThatLieATimeAgo) {
+    std::string const all = column({"log"}, "id");
+    EXPECT_EQ(column({"log", "--from", "-1h"}, "id"), all);
+    EXPECT_EQ(column({"log", "--to", "-1h"}, "id"), "");
+    EXPECT_EQ(column({"tail", "--no-follow", "--from", "-1h"}, "id"), all);
+}
+
 TEST_F(LogCommands, EndWhenNobodyReadsThem) {
     ProgramRun run(settings({"log"}));
     run.closeOutput();

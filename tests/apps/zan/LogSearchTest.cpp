@@ -1,6 +1,7 @@
 // What people may write for ids and times.
 #include "apps/zan/LogSearch.h"
 #include "apps/zan/ExitCodes.h"
+#include "apps/zan/LogTimes.h"
 #include "infra/Time.h"
 
 #include <gtest/gtest.h>
@@ -35,16 +36,57 @@ TEST(Times, MayBeToldInPart) {
     }
 }
 
+infra::Time const now = infra::Time::fromString("20261122-00:02:30.500");
+
 TEST(Times, WithoutADayAreOfToday) {
-    std::string const day = infra::Time::now().toString().substr(0, 9);
-    EXPECT_EQ(timeBeginning("09:30"), day + "09:30");
-    EXPECT_EQ(timeBeginning("09:30:15.250"), day + "09:30:15.250");
+    EXPECT_EQ(timeBeginning("09:30", now), "20261122-09:30");
+    EXPECT_EQ(timeBeginning("09:30:15.250", now), "20261122-09:30:15.250");
+}
+
+TEST(Times, MayLieATimeAgo) {
+    EXPECT_EQ(timeBeginning("-5m", now), "20261121-23:57:30.500");
+    EXPECT_EQ(timeBeginning("-90s", now), "20261122-00:01:00.500");
+    EXPECT_EQ(timeBeginning("-2h", now), "20261121-22:02:30.500");
+    EXPECT_EQ(timeBeginning("-365d", now), "20251122-00:02:30.500");
+}
+
+TEST(Times, MayHaveTheFormOfIso8601) {
+    EXPECT_EQ(timeBeginning("2026-11-21"), "20261121");
+    EXPECT_EQ(timeBeginning("2026-11-21T09:30"), "20261121-09:30");
+    EXPECT_EQ(timeBeginning("2026-11-21 09:30:00"), "20261121-09:30:00");
+    EXPECT_EQ(timeBeginning("2026-11-21T09:30:00.123Z"), "20261121-09:30:00.123");
+    EXPECT_EQ(timeBeginning("2026-11-21T00:30:00+01:00"), "20261120-23:30:00");
+    EXPECT_EQ(timeBeginning("2026-12-31T23:30-05:30"), "20270101-05:00");
 }
 
 TEST(Times, AreNothingElse) {
-    for (char const* text : {"2026", "20261121-", "20261121-9", "20261121-09:", "20261121-09:3",
-                             "20261121 09:30", "20261121-09:30:00.", "20261121-09:30:00.1234",
-                             "9:30", "09:3", "09:", "' OR 1 = 1", "2026112109"}) {
+    for (char const* text : {"2026",
+                             "20261121-",
+                             "20261121-9",
+                             "20261121-09:",
+                             "20261121-09:3",
+                             "20261121 09:30",
+                             "20261121-09:30:00.",
+                             "20261121-09:30:00.1234",
+                             "9:30",
+                             "09:3",
+                             "09:",
+                             "' OR 1 = 1",
+                             "2026112109",
+                             "-5",
+                             "-m",
+                             "-5y",
+                             "5m",
+                             "-99999999999d",
+                             "2026-11-21X09:30",
+                             "2026-11",
+                             "2026-11-21T",
+                             "2026-11-21T09:30+1",
+                             "2026-02-30",
+                             "20261332",
+                             "20261121-25:00",
+                             "2026-11-21T09:30ZZ",
+                             "+01:00"}) {
         EXPECT_THROW(timeBeginning(text), UsageError) << text;
     }
 }

@@ -40,6 +40,12 @@ TEST(Table, CutsTheLastColumnAtTheEdgeOfTheTerminal) {
               "id  text\n7   abcdefghijklmno…\n");
 }
 
+TEST(Table, KeepsTheEndOfATime) {
+    Table table({columnOf("time"), columnOf("text")}, 28, false);
+    EXPECT_EQ(shown(table, {{text("20261121-09:30:00.123"), text("abcdefghijklmnopq")}}),
+              "time            text\n…-09:30:00.123  abcdefghijk…\n");
+}
+
 TEST(Table, CutsNothingWithoutATerminal) {
     Table table({{"id"}, {"text"}}, std::nullopt, false);
     std::string const longText(500, 'x');
@@ -94,6 +100,9 @@ TEST(Terminal, CountsAndCutsCharactersInsteadOfBytes) {
     EXPECT_EQ(cut("Grüße", 4), "Grü…");
     EXPECT_EQ(cut("Grüße", 5), "Grüße");
     EXPECT_EQ(cut("abc", 1), "…");
+    EXPECT_EQ(cutBeginning("Größe", 4), "…öße");
+    EXPECT_EQ(cutBeginning("Größe", 5), "Größe");
+    EXPECT_EQ(cutBeginning("abc", 1), "…");
 }
 
 TEST(Terminal, LetsNoByteOfAMessageReachTheTerminalAsACommand) {
