@@ -86,8 +86,9 @@ public:
     static void uninitialize();
 
     /// Copies share the adapter, the listeners and the mutexes, and each would delete the mutexes:
-    /// not for use.
-    ZANEngineProxy(ZANEngineProxy const&) = default;
+    /// not for use. `auto engine = ZANEngineProxy::getInstance()` makes one; the compiler warns.
+    [[deprecated("take a reference: this copies the facade")]] ZANEngineProxy(
+        ZANEngineProxy const&) = default;
     ZANEngineProxy& operator=(ZANEngineProxy const&) = default;
     ~ZANEngineProxy() override;
 

@@ -19,10 +19,11 @@ MAY_INCLUDE = {
     "adapter": ["events", "message", "errors", "infra"],
     "engine": ["adapter", "events", "message", "errors", "infra"],
     "guaranteed": LIBRARY,
+    "comfort": LIBRARY,
     "server": LIBRARY,
     "transports": LIBRARY + ["server"],
     "apps": LIBRARY + ["server"],
-    "examples": LIBRARY + ["server", "transports"],
+    "examples": LIBRARY + ["comfort", "server", "transports"],
 }
 # An adapter's event goes back to the facade: the one arrow that runs up, in a source only.
 UPWARD = {("adapter/IZANEngineAdapter.cpp", "engine/ZANEngineProxy.h")}
@@ -55,7 +56,7 @@ def fault_of(name, quoted, included):
         if included.startswith(dependency) and not name.startswith(tuple(places)):
             return f"only {' and '.join(places)} may include {dependency}"
     if folder not in MAY_INCLUDE or target == folder or target not in MAY_INCLUDE:
-        if folder in LIBRARY and quoted and target not in MAY_INCLUDE:
+        if folder in LIBRARY + ["comfort"] and quoted and target not in MAY_INCLUDE:
             return "the library includes its own folders and the standard library only"
         return None
     if target in MAY_INCLUDE[folder] or (name, included) in UPWARD:

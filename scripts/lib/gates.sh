@@ -9,7 +9,7 @@ list_gates() {
 format   the layout of every C++ file, by clang-format
 arrows   includes go down the table of folders, never up
 build    GCC, and Clang with sanitizers; warnings are errors
-headers  each public header alone: GCC and Clang, C++17, C++20 and C++23
+headers  each public header alone: GCC and Clang, C++17, C++20 and C++23; names as in the dictionaries
 test     all tests, in the build tree of scripts/test
 docs     API pages without warnings; every block and every link of the documents
 install  the installed package, proved by consumers outside the tree; and as a subproject
@@ -56,6 +56,7 @@ build_default() {
 
 gate_headers() {
     build_default
+    python3 scripts/lib/make_names.py --check
     python3 scripts/lib/check_headers.py build/default/public_headers.txt
 }
 

@@ -3,12 +3,18 @@ import re
 import subprocess
 import textwrap
 
-FUNCTION = """#include "zanengine.h"
+INCLUDES = """#include "zanengine.h"
+
+#include "comfort/comfort.h"
 
 #include <iostream>
 #include <string>
 #include <vector>
 
+namespace tag = zan::tag;
+
+"""
+FUNCTION = INCLUDES + """
 void fragment(ZANEngineProxy& proxy, UserTicket const& ticket);
 void fragment(ZANEngineProxy& proxy, UserTicket const& ticket) {{
     (void)proxy;
@@ -27,7 +33,7 @@ def code_faults(block, root, tree):
 
 def source_of(code):
     if re.match(r"#include|class |struct |namespace |ZAN_", code):
-        return '#include "zanengine.h"\n' + code
+        return code if code.startswith("#include") else INCLUDES + code
     return FUNCTION.format(code=textwrap.indent(code, "    "))
 
 
