@@ -63,8 +63,9 @@ function(zan_add_engine_library)
     if(ZAN_ATOMIC_COUNTS)
         target_compile_definitions(zanengine PUBLIC ZAN_ATOMIC_COUNTS=1)
     endif()
-    # Free lists would hide a use after free from a sanitizer.
-    if(ZAN_POOLS AND NOT ZAN_SANITIZE)
+    # Free lists would hide a use after free from AddressSanitizer. ThreadSanitizer has to see them:
+    # they hand blocks from thread to thread.
+    if(ZAN_POOLS AND NOT ZAN_SANITIZE MATCHES address)
         target_compile_definitions(zanengine PRIVATE ZAN_POOLS=1)
     endif()
 endfunction()

@@ -1,5 +1,7 @@
 #include "infra/Pool.h"
 
+#include "infra/PoolHeap.h"
+
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -22,12 +24,12 @@ namespace {
 
 Magazine* newMagazine(std::size_t sizeClass) {
     std::size_t const size = sizeof(Magazine) + (magazineSize(sizeClass) - 1) * sizeof(void*);
-    return static_cast<Magazine*>(::operator new(size));
+    return static_cast<Magazine*>(takeFromHeap(size));
 }
 
 void freeBlocks(void* const* blocks, unsigned count) noexcept {
     for (unsigned i = 0; i < count; ++i) {
-        ::operator delete(blocks[i]);
+        returnToHeap(blocks[i]);
     }
 }
 
@@ -113,7 +115,7 @@ void open(FreeList& list, std::size_t sizeClass) {
     try {
         list.reserve = depots[sizeClass].lendEmpty(sizeClass);
     } catch (...) {
-        ::operator delete(active);
+        returnToHeap(active);
         throw;
     }
     load(list, active, 0);
@@ -123,7 +125,7 @@ void open(FreeList& list, std::size_t sizeClass) {
 void leave(Magazine* magazine, bool isFull, std::size_t sizeClass) {
     if (!depots[sizeClass].leave(magazine, isFull)) {
         freeBlocks(magazine->blocks, magazineSize(sizeClass));
-        ::operator delete(magazine);
+        returnToHeap(magazine);
     }
 }
 
@@ -216,13 +218,13 @@ void* allocateSlowly(std::size_t sizeClass) {
     if (list && refill(*list, sizeClass)) {
         return list->blocks[--list->count];
     }
-    return ::operator new(blockSize(sizeClass));
+    return takeFromHeap(blockSize(sizeClass));
 }
 
 void releaseSlowly(void* block, std::size_t sizeClass) noexcept {
     FreeList* const list = openList(sizeClass);
     if (!list) {
-        ::operator delete(block);
+        returnToHeap(block);
         return;
     }
     if (list->count == list->capacity) {
@@ -234,11 +236,11 @@ void releaseSlowly(void* block, std::size_t sizeClass) noexcept {
 #else
 
 void* allocate(std::size_t size) {
-    return ::operator new(size);
+    return takeFromHeap(size);
 }
 
 void release(void* block, std::size_t) noexcept {
-    ::operator delete(block);
+    returnToHeap(block);
 }
 
 #endif

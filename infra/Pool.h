@@ -8,8 +8,18 @@
 #ifndef ZANENGINE_INFRA_POOL_H
 #define ZANENGINE_INFRA_POOL_H
 
+#include "infra/PoolHeap.h"
+
 #include <cstddef>
-#include <new>
+
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define __SANITIZE_THREAD__ 1
+#endif
+#endif
+#ifdef __SANITIZE_THREAD__
+extern "C" void __tsan_write_range(void* block, std::size_t size);
+#endif
 
 namespace zan::pool {
 
@@ -50,6 +60,9 @@ struct FreeList {
 
 struct ThreadCache {
     FreeList lists[sizeClasses];
+
+    static void* operator new(std::size_t size) { return takeFromHeap(size); }
+    static void operator delete(void* cache) noexcept { returnToHeap(cache); }
 };
 
 /// Null until the thread's first allocation and after the thread's end. One word, because the
@@ -62,7 +75,7 @@ void releaseSlowly(void* block, std::size_t sizeClass) noexcept;
 /// Throws `std::bad_alloc`. `size` is at least 1.
 [[gnu::always_inline]] inline void* allocate(std::size_t size) {
     if (size > largestBlock) [[unlikely]] {
-        return ::operator new(size);
+        return takeFromHeap(size);
     }
     std::size_t const sizeClass = sizeClassOf(size);
     if (ThreadCache* cache = threadCache) [[likely]] {
@@ -74,10 +87,20 @@ void releaseSlowly(void* block, std::size_t sizeClass) noexcept;
     return allocateSlowly(sizeClass);
 }
 
+#ifdef __SANITIZE_THREAD__
+/// A block that is given back counts as written to, as with `free`: whoever still uses it is seen.
+inline void tellSanitizer(void* block, std::size_t size) noexcept {
+    __tsan_write_range(block, size);
+}
+#else
+inline void tellSanitizer(void*, std::size_t) noexcept {}
+#endif
+
 /// `size` is the one that the block was allocated with.
 [[gnu::always_inline]] inline void release(void* block, std::size_t size) noexcept {
+    tellSanitizer(block, size);
     if (size > largestBlock) [[unlikely]] {
-        ::operator delete(block);
+        returnToHeap(block);
         return;
     }
     std::size_t const sizeClass = sizeClassOf(size);
@@ -93,51 +116,11 @@ void releaseSlowly(void* block, std::size_t sizeClass) noexcept;
 
 #else
 
-// Free lists hide a use after free from a sanitizer, so its builds do without them.
+// Free lists hide a use after free from AddressSanitizer, so its builds do without them.
 void* allocate(std::size_t size);
 void release(void* block, std::size_t size) noexcept;
 
 #endif
-
-/// Blocks of one size for objects that are made one after the other. Not more blocks of that size
-/// may be given back meanwhile than were taken.
-class Batch {
-public:
-    /// Takes as many free blocks at once as are wanted and at hand.
-    Batch(std::size_t size, std::size_t wanted) : size_(size) {
-#ifdef ZAN_POOLS
-        if (ThreadCache* cache = threadCache) [[likely]] {
-            FreeList& list = cache->lists[sizeClassOf(size)];
-            left_ = wanted < list.count ? wanted : list.count;
-            list.count -= static_cast<unsigned>(left_);
-            next_ = list.blocks + list.count;
-        }
-#else
-        static_cast<void>(wanted);
-#endif
-    }
-    Batch(Batch const&) = delete;
-    Batch& operator=(Batch const&) = delete;
-    ~Batch() {
-        while (left_ > 0) {
-            release(take(), size_);
-        }
-    }
-
-    /// Throws `std::bad_alloc`.
-    [[gnu::always_inline]] void* take() {
-        if (left_ == 0) {
-            return allocate(size_);
-        }
-        --left_;
-        return *next_++;
-    }
-
-private:
-    std::size_t size_;
-    std::size_t left_ = 0;
-    void* const* next_ = nullptr;
-};
 
 /// Puts the storage of a standard container into the pool.
 template <class T>

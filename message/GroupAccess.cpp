@@ -56,8 +56,6 @@ int GroupAccess::fill(ZANFieldGroup& group, std::span<TextField const> fields) {
     }
     FieldTable& table = group.storage_->fields;
     table.reserve(fields.size());
-    pool::Batch objects(sizeof(ZANField), fields.size());
-    pool::Batch counts(sizeof(CountBlock), fields.size());
     int repeated = 0;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (i + 1 < fields.size() && tagOf(keys[i]) == tagOf(keys[i + 1])) {
@@ -65,7 +63,7 @@ int GroupAccess::fill(ZANFieldGroup& group, std::span<TextField const> fields) {
             continue;
         }
         TextField const& field = fields[static_cast<std::uint32_t>(keys[i])];
-        table.append(field.tag, newField(objects, counts, field.tag, std::in_place, field.value));
+        table.append(field.tag, newField(field.tag, std::in_place, field.value));
     }
     return repeated;
 }

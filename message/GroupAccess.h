@@ -45,15 +45,14 @@ struct GroupAccess {
         return isPlain(field) && field.tag_ == tag;
     }
 
-    /// A new field and its control block, out of blocks that were taken before: the next blocks are
-    /// found sooner when nothing is written in between.
+    /// A new field and its control block. Both blocks are taken before either is written to: the
+    /// second one is found sooner.
     template <class... Arguments>
-    [[gnu::always_inline]] static counted_ptr<ZANField>
-    newField(pool::Batch& objects, pool::Batch& counts, Arguments const&... arguments) {
-        void* const place = objects.take();
+    [[gnu::always_inline]] static counted_ptr<ZANField> newField(Arguments const&... arguments) {
+        void* const place = pool::allocate(sizeof(ZANField));
         void* count = nullptr;
         try {
-            count = counts.take();
+            count = pool::allocate(sizeof(CountBlock));
             return counted_ptr<ZANField>(::new (place) ZANField(arguments...), count);
         } catch (...) {
             pool::release(place, sizeof(ZANField));

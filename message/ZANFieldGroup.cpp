@@ -22,13 +22,6 @@ bool isPlainField(ZANField const& field) {
     return &typeid(field) == &typeid(ZANField);
 }
 
-template <class Payload>
-[[gnu::always_inline]] inline counted_ptr<ZANField> newField(int tag, Payload const& payload) {
-    zan::pool::Batch object(sizeof(ZANField), 1);
-    zan::pool::Batch count(sizeof(zan::CountBlock), 1);
-    return zan::GroupAccess::newField(object, count, tag, std::in_place, payload);
-}
-
 counted_ptr<ZANField> copyOf(ZANField const& field) {
     if (isPlainField(field)) {
         return counted_ptr<ZANField>(new ZANField(field));
@@ -119,7 +112,7 @@ template <class Payload>
     auto& fields = storage_->fields;
     auto const place = fields.locate(tag);
     if (!place.found) {
-        fields.insert(place, tag, newField(tag, payload));
+        fields.insert(place, tag, zan::GroupAccess::newField(tag, std::in_place, payload));
     } else if (isPlainField(*fields.at(place))) {
         fields.at(place)->putValue(payload);
     } else {
@@ -320,17 +313,11 @@ void ZANFieldGroup::copyFrom(ZANFieldGroup const& other) {
 [[gnu::flatten]] void ZANFieldGroup::copyPlainFields(ZANFieldGroup const& other) {
     auto const& fields = other.storage_->fields;
     auto& copies = storage_->fields;
-    std::size_t const size = fields.size();
-    copies.reserve(size);
+    copies.reserve(fields.size());
     zan::FieldTable::Cursor cursor(fields);
-    {
-        zan::pool::Batch objects(sizeof(ZANField), size);
-        zan::pool::Batch counts(sizeof(zan::CountBlock), size);
-        for (; cursor.hasNext() && zan::GroupAccess::isAsFiled(*cursor.pointer(), cursor.tag());
-             cursor.next()) {
-            copies.append(cursor.tag(),
-                          zan::GroupAccess::newField(objects, counts, *cursor.pointer()));
-        }
+    for (; cursor.hasNext() && zan::GroupAccess::isAsFiled(*cursor.pointer(), cursor.tag());
+         cursor.next()) {
+        copies.append(cursor.tag(), zan::GroupAccess::newField(*cursor.pointer()));
     }
     for (; cursor.hasNext(); cursor.next()) {
         auto copy = copyOf(*cursor.pointer());

@@ -21,7 +21,7 @@ fuzz     every fuzzer, a minute each
 tidy     clang-tidy over every source
 m32      library and tests as 32-bit programs
 asan     tests under AddressSanitizer, LeakSanitizer and UndefinedBehaviorSanitizer
-tsan     the same under ThreadSanitizer, without those of the programs
+tsan     the same under ThreadSanitizer and with free lists, without those of the programs
 
 Not among `all`:
 changes  clang-tidy over the sources that the last 20 commits changed, which CI runs instead of tidy
