@@ -11,15 +11,19 @@ void print(std::ostream& os, ZANFieldGroup const& group, std::size_t indentation
         line.addBlanks(indentation).add("Start group tag = ").add(group.getGroupTag()).end();
         if (!group.isFieldsEmpty()) {
             for (auto const fields = group.fieldIterator(); fields->hasNext(); fields->next()) {
-                line.addBlanks(indentation + indentStep);
-                zan::addField(line, *fields->current());
-                line.end();
+                if (counted_ptr<ZANField> const field = fields->current()) {
+                    line.addBlanks(indentation + indentStep);
+                    zan::addField(line, *field);
+                    line.end();
+                }
             }
         }
     }
     if (!group.isGroupsEmpty()) {
         for (auto const groups = group.groupIterator(); groups->hasNext(); groups->next()) {
-            print(os, *groups->current(), indentation + indentStep);
+            if (counted_ptr<ZANFieldGroup> const inner = groups->current()) {
+                print(os, *inner, indentation + indentStep);
+            }
         }
     }
     zan::TextLine line(os);

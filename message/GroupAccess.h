@@ -32,6 +32,7 @@ struct GroupAccess {
     /// The fields and the sub-groups by ascending tag, as they are.
     static FieldTable const& fields(ZANFieldGroup const& group) { return group.storage_->fields; }
     static GroupTable const& groups(ZANFieldGroup const& group) { return group.storage_->groups; }
+    static Contents& contents(ZANFieldGroup& group) { return *group.storage_; }
 
     static bool isPlain(ZANField const& field) { return &typeid(field) == &typeid(ZANField); }
 

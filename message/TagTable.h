@@ -59,20 +59,32 @@ public:
     public:
         explicit Cursor(TagTable const& table) : table_(&table), run_(&table.first_) {}
 
+        /// Stands on the first entry whose tag is not lower.
+        Cursor(TagTable const& table, int tag) : table_(&table), run_(table.runFor(tag)) {
+            index_ = lowerBound(*run_, tag);
+            if (index_ == run_->size) {
+                toFollowingRun();
+            }
+        }
+
         bool hasNext() const { return index_ < run_->size; }
         int tag() const { return run_->tags[index_]; }
         Pointer& pointer() const { return run_->pointers[index_]; }
 
         void next() {
             if (++index_ == run_->size) {
-                if (Run const* following = table_->runAfter(*run_)) {
-                    run_ = following;
-                    index_ = 0;
-                }
+                toFollowingRun();
             }
         }
 
     private:
+        void toFollowingRun() {
+            if (Run const* following = table_->runAfter(*run_)) {
+                run_ = following;
+                index_ = 0;
+            }
+        }
+
         TagTable const* table_;
         Run const* run_;
         unsigned index_ = 0;
@@ -80,7 +92,8 @@ public:
 
     TagTable() noexcept {
         std::fill(tagsInPlace_, tagsInPlace_ + shortestRun, noTag);
-        first_ = {reinterpret_cast<Pointer*>(pointersInPlace_), tagsInPlace_, 0, shortestRun};
+        first_.capacity = shortestRun;
+        useEntriesInPlace();
     }
     TagTable(TagTable const&) = delete;
     TagTable& operator=(TagTable const&) = delete;
@@ -94,6 +107,22 @@ public:
     }
 
     bool empty() const { return first_.size == 0; }
+
+    /// Another number after each entry that came or went.
+    unsigned changes() const { return changes_; }
+
+    void swap(TagTable& other) noexcept {
+        std::swap(first_, other.first_);
+        std::swap(following_, other.following_);
+        std::swap(tagsInPlace_, other.tagsInPlace_);
+        std::swap(pointersInPlace_, other.pointersInPlace_);
+        for (TagTable* table : {this, &other}) {
+            if (table->first_.capacity == shortestRun) {
+                table->useEntriesInPlace();
+            }
+            ++table->changes_;
+        }
+    }
 
     /// The entry of the tag, or null.
     [[gnu::always_inline]] Pointer* find(int tag) const {
@@ -126,6 +155,7 @@ public:
         run.tags[place.index] = tag;
         ::new (run.pointers + place.index) Pointer(std::move(pointer));
         ++run.size;
+        ++changes_;
     }
 
     /// Adds an entry behind all others: the tag is higher than every tag in the table.
@@ -146,6 +176,7 @@ public:
         shift(run.tags + place.index, run.tags + place.index + 1, behind);
         shift(run.pointers + place.index, run.pointers + place.index + 1, behind);
         run.tags[--run.size] = noTag;
+        ++changes_;
         if (run.size == 0) {
             dropEmptyRun(run);
         }
@@ -285,19 +316,9 @@ private:
     /// Moves the upper half of a full run to a run of its own, or nothing when the new entry goes
     /// behind the last one: fields added in order then fill their runs.
     Place split(Place place) {
-        if (!following_) {
-            following_ = std::make_unique<std::vector<Run>>();
-        }
         bool const isFirst = place.run == &first_;
         std::size_t const position = isFirst ? 0 : positionOf(*place.run) + 1;
-        Run upper;
-        resize(upper, longestRun);
-        try {
-            following_->insert(following_->begin() + static_cast<std::ptrdiff_t>(position), upper);
-        } catch (...) {
-            releaseRun(upper);
-            throw;
-        }
+        insertEmptyRun(position);
         Run& lower = isFirst ? first_ : (*following_)[position - 1];
         Run& higher = (*following_)[position];
         unsigned const kept = place.index == longestRun ? longestRun : longestRun / 2;
@@ -309,6 +330,21 @@ private:
         lower.size = kept;
         return place.index < kept ? Place{&lower, place.index, false}
                                   : Place{&higher, place.index - kept, false};
+    }
+
+    /// Throws `std::bad_alloc` and changes nothing then.
+    void insertEmptyRun(std::size_t position) {
+        auto runs = following_ ? nullptr : std::make_unique<std::vector<Run>>();
+        auto& target = following_ ? *following_ : *runs;
+        if (target.size() == target.capacity()) {
+            target.reserve(2 * target.size() + 1);
+        }
+        Run run;
+        resize(run, longestRun);
+        target.insert(target.begin() + static_cast<std::ptrdiff_t>(position), run);
+        if (runs) {
+            following_ = std::move(runs);
+        }
     }
 
     void dropEmptyRun(Run& run) {
@@ -351,10 +387,16 @@ private:
         run = Run();
     }
 
+    void useEntriesInPlace() {
+        first_.pointers = reinterpret_cast<Pointer*>(pointersInPlace_);
+        first_.tags = tagsInPlace_;
+    }
+
     Run first_;
     std::unique_ptr<std::vector<Run>> following_;
+    unsigned changes_ = 0;
     int tagsInPlace_[shortestRun];
-    alignas(Pointer) unsigned char pointersInPlace_[shortestRun * sizeof(Pointer)];
+    alignas(Pointer) unsigned char pointersInPlace_[shortestRun * sizeof(Pointer)] = {};
 };
 
 } // namespace zan

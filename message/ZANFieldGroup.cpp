@@ -7,6 +7,7 @@
 
 #include <typeinfo>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -22,6 +23,11 @@ bool isPlainField(ZANField const& field) {
     return &typeid(field) == &typeid(ZANField);
 }
 
+bool isAsFiled(zan::FieldTable::Cursor const& cursor) {
+    auto const& field = cursor.pointer();
+    return field && zan::GroupAccess::isAsFiled(*field, cursor.tag());
+}
+
 counted_ptr<ZANField> copyOf(ZANField const& field) {
     if (isPlainField(field)) {
         return counted_ptr<ZANField>(new ZANField(field));
@@ -34,10 +40,21 @@ counted_ptr<ZANField> copyOf(ZANField const& field) {
 void put(zan::FieldTable& fields, int tag, counted_ptr<ZANField>&& field) {
     auto const place = fields.locate(tag);
     if (place.found) {
-        fields.at(place) = std::move(field);
+        // Let go when the new one is in its place: a destructor may change the table.
+        counted_ptr<ZANField> replaced(std::move(field));
+        fields.at(place).swap(replaced);
     } else {
         fields.insert(place, tag, std::move(field));
     }
+}
+
+std::vector<counted_ptr<ZANField>> allFields(zan::FieldTable const& fields) {
+    std::vector<counted_ptr<ZANField>> all;
+    all.reserve(fields.size());
+    for (zan::FieldTable::Cursor cursor(fields); cursor.hasNext(); cursor.next()) {
+        all.push_back(cursor.pointer());
+    }
+    return all;
 }
 
 void append(zan::GroupTable& groups, counted_ptr<ZANFieldGroup>&& group) {
@@ -74,14 +91,34 @@ ZANFieldGroup::ZANFieldGroup(ZANFieldGroup const& other) : storage_(new Storage)
 }
 
 ZANFieldGroup& ZANFieldGroup::operator=(ZANFieldGroup const& other) {
-    if (this != &other) {
-        // What the group held lives on until the end: `other` may be one of its sub-groups.
-        counted_ptr<Storage> previous(new Storage);
-        previous.swap(storage_);
-        clear();
-        copyFrom(other);
+    if (this == &other) {
+        return *this;
     }
+    if (isPlain()) {
+        assignPlain(other);
+        return *this;
+    }
+    // `other` may be a part of this group: what the group holds lives on until the end.
+    auto const heldGroups = zan::allInstances(storage_->groups);
+    auto const heldFields = allFields(storage_->fields);
+    clear();
+    copyByOperations(other);
     return *this;
+}
+
+// What the group held lives on until the end, because `other` may be a part of it, and comes back
+// when there is no memory for the copy.
+void ZANFieldGroup::assignPlain(ZANFieldGroup const& other) {
+    int const previousTag = std::exchange(storage_->groupTag, 0);
+    zan::Contents previous;
+    previous.swap(*storage_);
+    try {
+        copyFrom(other);
+    } catch (...) {
+        storage_->groupTag = previousTag;
+        previous.swap(*storage_);
+        throw;
+    }
 }
 
 [[gnu::flatten]] ZANFieldGroup::~ZANFieldGroup() = default;
@@ -113,10 +150,25 @@ template <class Payload>
     auto const place = fields.locate(tag);
     if (!place.found) {
         fields.insert(place, tag, zan::GroupAccess::newField(tag, std::in_place, payload));
-    } else if (isPlainField(*fields.at(place))) {
-        fields.at(place)->putValue(payload);
+        return;
+    }
+    auto& field = fields.at(place);
+    if (!field) { // an iterator can empty a place
+        field = zan::GroupAccess::newField(tag, std::in_place, payload);
+    } else if (isPlainField(*field)) {
+        field->putValue(payload);
     } else {
-        fields.at(place)->setValue(Value(std::in_place, payload));
+        setByOperation(field, payload);
+    }
+}
+
+// The field may take itself out of the group meanwhile.
+template <class Payload>
+void ZANFieldGroup::setByOperation(counted_ptr<ZANField> field, Payload const& payload) {
+    if constexpr (std::is_same_v<Payload, Value>) {
+        field->setValue(payload);
+    } else {
+        field->setValue(Value(std::in_place, payload));
     }
 }
 
@@ -219,14 +271,19 @@ counted_ptr<ZANFieldGroup> ZANFieldGroup::getGroup(int groupTag, int index) cons
 }
 
 void ZANFieldGroup::removeGroup(int groupTag, int index) {
+    auto const* list = storage_->groups.find(groupTag);
     // The stop rule is meant: only an index equal to the count ends the search.
-    if (index > 0 && index == getGroupCount(groupTag)) {
+    if (list && index > 0 && static_cast<std::size_t>(index) == (*list)->instances.size()) {
         eraseGroup(groupTag, index - 1);
     }
 }
 
 void ZANFieldGroup::removeGroup(int groupTag) {
-    storage_->groups.remove(groupTag);
+    if (auto const list = storage_->groups.remove(groupTag)) {
+        // An iterator may hold the list, but not what was in it.
+        zan::Instances ending;
+        ending.swap(list->instances);
+    }
 }
 
 bool ZANFieldGroup::isGroupPresent(int groupTag) const {
@@ -247,7 +304,7 @@ ZANFieldGroup::groupIterator(int groupTag) const {
     if (!list) {
         return nullptr;
     }
-    return counted_ptr<GroupIterator>(new zan::SubGroupIteratorImpl(**list));
+    return counted_ptr<GroupIterator>(new zan::SubGroupIteratorImpl(*list));
 }
 
 counted_ptr<ZANIterator<counted_ptr<ZANFieldGroup>>> ZANFieldGroup::groupIterator() {
@@ -260,10 +317,8 @@ counted_ptr<ZANIterator<counted_ptr<ZANFieldGroup>>> ZANFieldGroup::groupIterato
 
 void ZANFieldGroup::clear() {
     setGroupTag(0);
-    // Emptied first and let go afterwards: a destructor may look at this group.
-    counted_ptr<Storage> emptied(new Storage);
-    emptied->groupTag = storage_->groupTag;
-    emptied.swap(storage_);
+    zan::Contents emptied;
+    emptied.swap(*storage_);
 }
 
 void ZANFieldGroup::setProtocolVersion(std::string const& protocolVersion) {
@@ -295,18 +350,26 @@ bool ZANFieldGroup::isPlain() const {
 }
 
 void ZANFieldGroup::copyFrom(ZANFieldGroup const& other) {
-    if (isPlain() && other.isPlain()) {
+    if (other.isPlain()) {
         storage_->groupTag = other.storage_->groupTag;
         copyPlainFields(other);
         copyPlainGroups(other);
-        return;
+    } else {
+        copyByOperations(other);
     }
+}
+
+void ZANFieldGroup::copyByOperations(ZANFieldGroup const& other) {
     setGroupTag(other.getGroupTag());
     for (auto const fields = other.fieldIterator(); fields->hasNext(); fields->next()) {
-        addField(copyOf(*fields->current()));
+        if (counted_ptr<ZANField> const field = fields->current()) {
+            addField(copyOf(*field));
+        }
     }
     for (auto const groups = other.groupIterator(); groups->hasNext(); groups->next()) {
-        addGroup(counted_ptr<ZANFieldGroup>(new ZANFieldGroup(*groups->current())));
+        if (counted_ptr<ZANFieldGroup> const group = groups->current()) {
+            addGroup(counted_ptr<ZANFieldGroup>(new ZANFieldGroup(*group)));
+        }
     }
 }
 
@@ -315,24 +378,29 @@ void ZANFieldGroup::copyFrom(ZANFieldGroup const& other) {
     auto& copies = storage_->fields;
     copies.reserve(fields.size());
     zan::FieldTable::Cursor cursor(fields);
-    for (; cursor.hasNext() && zan::GroupAccess::isAsFiled(*cursor.pointer(), cursor.tag());
-         cursor.next()) {
+    for (; cursor.hasNext() && isAsFiled(cursor); cursor.next()) {
         copies.append(cursor.tag(), zan::GroupAccess::newField(*cursor.pointer()));
     }
-    for (; cursor.hasNext(); cursor.next()) {
-        auto copy = copyOf(*cursor.pointer());
-        int const tag = copy->tag_;
-        put(copies, tag, std::move(copy));
+    if (cursor.hasNext()) {
+        copyOddFields(zan::FieldIteratorImpl(fields, cursor));
+    }
+}
+
+// Their operations may change the group that they belong to.
+void ZANFieldGroup::copyOddFields(FieldIterator&& others) {
+    for (; others.hasNext(); others.next()) {
+        if (counted_ptr<ZANField> const field = others.current()) {
+            auto copy = copyOf(*field);
+            int const tag = copy->tag_;
+            put(storage_->fields, tag, std::move(copy));
+        }
     }
 }
 
 void ZANFieldGroup::copyPlainGroups(ZANFieldGroup const& other) {
-    auto const& groups = other.storage_->groups;
-    for (zan::GroupTable::Cursor cursor(groups); cursor.hasNext(); cursor.next()) {
-        for (auto const& instance : cursor.pointer()->instances) {
-            if (instance) {
-                append(storage_->groups, counted_ptr<ZANFieldGroup>(new ZANFieldGroup(*instance)));
-            }
+    if (!other.storage_->groups.empty()) {
+        for (auto const& instance : zan::allInstances(other.storage_->groups)) {
+            append(storage_->groups, counted_ptr<ZANFieldGroup>(new ZANFieldGroup(*instance)));
         }
     }
 }

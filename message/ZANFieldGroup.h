@@ -49,7 +49,11 @@ public:
     ZANFieldGroup(std::string const& msgType, std::string const& protocolVersion);
 
     /// Deep copies: no field and no sub-group is shared with `other`. A field or sub-group of a
-    /// derived class is copied as a plain one. Assigning a group to itself changes nothing.
+    /// derived class is copied as a plain one. Assigning a group to itself changes nothing. Where
+    /// an assignment throws (`std::bad_alloc`, or what an operation of `other` throws) the group is
+    /// as it was; one of a derived class, whose own operations are called one after the other
+    /// (`clear`, `setGroupTag`, then `addField` and `addGroup` for each copy), holds what they have
+    /// stored so far.
     ZANFieldGroup(ZANFieldGroup const& other);
     ZANFieldGroup& operator=(ZANFieldGroup const& other);
 
@@ -145,7 +149,7 @@ public:
     virtual counted_ptr<ZANIterator<counted_ptr<ZANFieldGroup>>> groupIterator();
     virtual counted_ptr<ZANIterator<counted_ptr<ZANFieldGroup>>> groupIterator() const;
 
-    /// Sets the group tag to 0 and removes all fields and sub-groups.
+    /// Sets the group tag to 0 and removes all fields and sub-groups. It needs no memory.
     virtual void clear();
 
     /// Set tag 8 and tag 35.
@@ -199,11 +203,16 @@ private:
     struct Storage;
 
     [[nodiscard]] bool isPlain() const;
+    void assignPlain(ZANFieldGroup const& other);
     void copyFrom(ZANFieldGroup const& other);
+    void copyByOperations(ZANFieldGroup const& other);
     void copyPlainFields(ZANFieldGroup const& other);
+    void copyOddFields(FieldIterator&& others);
     void copyPlainGroups(ZANFieldGroup const& other);
     template <class Payload>
     void putValue(int tag, Payload const& payload);
+    template <class Payload>
+    static void setByOperation(counted_ptr<ZANField> field, Payload const& payload);
 
     counted_ptr<Storage> storage_;
 };

@@ -361,7 +361,9 @@ private:
     [[gnu::always_inline]] bool writeFlat(ZANFieldGroup const& instance, CompiledGroup const& rule,
                                           InstanceLayout& layout) {
         auto const entries = GroupAccess::fields(instance).entries();
-        if (!GroupAccess::groups(instance).empty() || !layout.fits(entries, rule)) {
+        if (!GroupAccess::groups(instance).empty() || !layout.fits(entries, rule) ||
+            std::find(entries.pointers, entries.pointers + entries.size, nullptr) !=
+                entries.pointers + entries.size) {
             return false;
         }
         for (unsigned i = 0; i < layout.size(); ++i) {

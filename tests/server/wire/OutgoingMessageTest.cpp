@@ -100,6 +100,17 @@ TEST(OutgoingMessage, WritesGroupsInTheOrderOfTheDictionary) {
     EXPECT_EQ(printedModel(model), "55=IBM|453=2|448=A|447=D|452=3|802=1|523=sub|448=B|500=x|");
 }
 
+TEST(OutgoingMessage, LeavesOutAFieldThatAnIteratorEmptied) {
+    ZANFieldGroup model("D");
+    auto const party = instanceOf(453, 448, "A");
+    party->setFieldValue(452, 1);
+    auto const fields = party->fieldIterator();
+    fields->next();
+    fields->current() = nullptr;
+    model.addGroup(party);
+    EXPECT_EQ(printedModel(model), "453=1|448=A|");
+}
+
 TEST(OutgoingMessage, WritesBeforeItsGroupsWhatTheyCouldClaim) {
     ZANFieldGroup model("D");
     model.setFieldValue(523, "of the message"); // a member of a group in the group
