@@ -138,13 +138,6 @@ private:
                                          : "; " + std::string(nearest) + " would be right"));
     }
 
-    static std::string properValue(ValueRule rule, std::string_view value) {
-        if (rule == ValueRule::Flag) {
-            return value == "Y" || value == "y" ? "Y" : "N";
-        }
-        return std::string(value);
-    }
-
     ConnectionSettings makeConnection(Section const& section) {
         Section const effective = withDefaults(section);
         for (RequiredKey const& key : requiredSessionKeys()) {

@@ -26,7 +26,7 @@ constexpr KnownKey knownKeys[] = {
     {"SenderCompID", ValueRule::Identifier},
     {"TargetCompID", ValueRule::Identifier},
     {"SessionQualifier", ValueRule::Identifier},
-    {"DefaultApplVerID", ValueRule::Text},
+    {"DefaultApplVerID", ValueRule::ApplicationVersion},
     {"HeartBtInt", ValueRule::PositiveNumber},
 
     {"StartTime", ValueRule::TimeOfDay},
@@ -170,6 +170,25 @@ bool isDay(std::string_view text) {
            });
 }
 
+// By the value of ApplVerID (1128).
+constexpr std::string_view applicationVersions[] = {
+    "FIX.2.7", "FIX.3.0", "FIX.4.0",    "FIX.4.1",    "FIX.4.2",   "FIX.4.3",
+    "FIX.4.4", "FIX.5.0", "FIX.5.0SP1", "FIX.5.0SP2", "FIX.Latest"};
+
+// A version may be written with and without its dots. -1 when there is no such version.
+int applicationVersion(std::string_view text) {
+    std::string plain(text);
+    std::erase(plain, '.');
+    for (int number = 0; number < static_cast<int>(std::size(applicationVersions)); ++number) {
+        std::string name(applicationVersions[number]);
+        std::erase(name, '.');
+        if (text == std::to_string(number) || equalIgnoringCase(plain, name)) {
+            return number;
+        }
+    }
+    return -1;
+}
+
 bool isVersion(std::string_view text) {
     constexpr std::string_view versions[] = {"FIX.4.0", "FIX.4.1", "FIX.4.2",
                                              "FIX.4.3", "FIX.4.4", "FIXT.1.1"};
@@ -245,6 +264,10 @@ std::string_view whatWouldBeRight(ValueRule rule, std::string_view value) {
         return unless(isDay(value), "a day of the week, such as Monday or mo, would be right");
     case ValueRule::Version:
         return unless(isVersion(value), "FIX.4.0 to FIX.4.4 or FIXT.1.1 would be right");
+    case ValueRule::ApplicationVersion:
+        return unless(applicationVersion(value) >= 0,
+                      "2 to 10 or their names, FIX.4.0 to FIX.4.4, FIX.5.0, FIX.5.0SP1, "
+                      "FIX.5.0SP2 and FIX.Latest, would be right");
     case ValueRule::InitiatorOnly:
         return unless(value == "initiator",
                       "only initiator is offered here: this engine accepts no connections");
@@ -255,6 +278,17 @@ std::string_view whatWouldBeRight(ValueRule rule, std::string_view value) {
                "end of an encrypting tunnel";
     }
     return {};
+}
+
+std::string properValue(ValueRule rule, std::string_view value) {
+    switch (rule) {
+    case ValueRule::Flag:
+        return equalIgnoringCase(value, "Y") ? "Y" : "N";
+    case ValueRule::ApplicationVersion:
+        return std::to_string(applicationVersion(value));
+    default:
+        return std::string(value);
+    }
 }
 
 std::vector<RequiredKey> const& requiredSessionKeys() {

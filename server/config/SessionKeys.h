@@ -22,6 +22,7 @@ enum class ValueRule {
     TimeOfDay,
     Day,
     Version,
+    ApplicationVersion,
     InitiatorOnly,
     Durability,
     NoTls,
@@ -43,6 +44,9 @@ std::string_view nearestSessionKey(std::string_view name);
 
 /// Empty when the value is good; otherwise what would be right, as the end of a sentence.
 std::string_view whatWouldBeRight(ValueRule rule, std::string_view value);
+
+/// A good value in its proper spelling: `Y` for `y`, 9 for `FIX.5.0SP2`.
+std::string properValue(ValueRule rule, std::string_view value);
 
 /// A key that every session needs, and a value that could stand there.
 struct RequiredKey {

@@ -53,7 +53,7 @@ std::string now() {
 struct OrderDesk::Request {
     explicit Request(std::string const& message) {
         FixScanner scanner(message);
-        while (scanner.next())
+        while (scanner.nextGood())
             fields.push_back({scanner.tag(), scanner.value()});
     }
 

@@ -2,7 +2,10 @@
 #ifndef ZANENGINE_SERVER_SESSIONS_FIXMESSAGE_H
 #define ZANENGINE_SERVER_SESSIONS_FIXMESSAGE_H
 
+#include "server/sessions/StandardTags.h"
+
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zan {
@@ -10,7 +13,13 @@ namespace server {
 
 /// One `tag=value` of a message.
 struct FixField {
+    FixField(int itsTag, std::string itsValue)
+        : FixField(itsTag, std::move(itsValue), standardPlaceOf(itsTag)) {}
+    FixField(int itsTag, std::string itsValue, TagPlace itsPlace)
+        : tag(itsTag), place(itsPlace), value(std::move(itsValue)) {}
+
     int tag;
+    TagPlace place; ///< where it goes, by the dictionary of the session
     std::string value;
 };
 

@@ -11,27 +11,36 @@ namespace server {
 /// The length of "10=123|", the end of every message.
 std::size_t const trailerLength = 7;
 
+/// What may be wrong with the bytes where a field is expected.
+enum class FieldFault {
+    none,
+    noTag,      ///< no `=`, or no positive number before it
+    noValue,    ///< nothing behind the `=`
+    wrongLength ///< data that is not as long as the field before it tells
+};
+
 /// Uses the message in place: it must live, unchanged, as long as the scanner.
 class FixScanner {
 public:
     explicit FixScanner(std::string const& message) : message_(message) {}
 
-    /// Moves to the next field. False at the end, and where the bytes are no field: then
-    /// `malformed` is true.
+    /// Moves to the next field, also where that is none: then `fault` tells why. False at the end.
     bool next();
+    /// The same, but passes over what is no field.
+    bool nextGood();
 
+    /// What is wrong with this field.
+    FieldFault fault() const { return fault_; }
+    /// The tag, also of a field with a fault where it is a number; `noNumber` where it is none.
     int tag() const { return tag_; }
+    static int const noNumber = -0x7fffffff;
     /// Where the field after this one begins.
     std::size_t position() const { return position_; }
     std::string value() const { return message_.substr(valueStart_, valueEnd_ - valueStart_); }
-    bool malformed() const { return malformed_; }
-
-    /// The data tag that the length in this tag belongs to; 0 when it is no such length.
-    static int dataTagOf(int lengthTag);
 
 private:
-    bool readTag();
-    bool readValue();
+    bool readTag(std::size_t end);
+    void readValue(std::size_t end);
     void noteLength();
 
     std::string const& message_;
@@ -41,7 +50,7 @@ private:
     std::size_t dataLength_ = 0;
     int dataTag_ = 0;
     int tag_ = 0;
-    bool malformed_ = false;
+    FieldFault fault_ = FieldFault::none;
 };
 
 /// The value of a tag's first appearance in a message; empty when it has none.

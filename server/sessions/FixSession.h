@@ -16,6 +16,7 @@
 
 #include "server/sessions/FixMessage.h"
 #include "server/sessions/FixSessionStore.h"
+#include "server/sessions/MessageFault.h"
 
 #include <chrono>
 #include <cstddef>
@@ -79,13 +80,17 @@ struct FixSessionSettings {
     /// are all day when they are not given. Keys that choose QuickFIX's own data dictionaries, logs
     /// and stores have no effect here.
     std::vector<std::pair<std::string, std::string>> keys;
+    /// Looks at what comes in; not owned, outlives the session. Without one everything whose fields
+    /// are fields at all is taken.
+    MessageCheck const* check = nullptr;
     /// Where the numbers and the messages are kept: not owned, outlives the session. Without one
     /// the session keeps them itself, in memory, the newest 10,000 of the messages sent.
     FixSessionStore* store = nullptr;
 };
 
-/// A message to be sent. Its fields go out exactly in their order. Header fields among them are put
-/// into the header; the session's own (8, 9, 34, 35, 49, 52, 56, 10) are passed over.
+/// A message to be sent. Its fields go out exactly in their order. Those of the header are put into
+/// the header, those of the trailer at the end; the session's own (8, 9, 34, 35, 49, 52, 56, 10)
+/// are passed over.
 struct FixOutgoing {
     std::string msgType;
     FixFields body;

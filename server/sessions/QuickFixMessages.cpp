@@ -1,10 +1,14 @@
 #include "server/sessions/QuickFixMessages.h"
 
 #include "server/sessions/FixScanner.h"
+#include "server/sessions/StandardTags.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <numeric>
+
+#include <quickfix/FieldConvertors.h>
 
 namespace zan {
 namespace server {
@@ -14,6 +18,7 @@ namespace {
 // Fields of our own inside a message object, above every tag that a scanner takes for one.
 int const textTag = 0x7ffffff8;
 int const faultTag = 0x7ffffff9;
+int const reasonTag = 0x7ffffffa;
 
 bool isSessionsOwn(int tag) {
     switch (tag) {
@@ -29,6 +34,14 @@ bool isSessionsOwn(int tag) {
     default:
         return false;
     }
+}
+
+// A field of the header that can stand among the others in any order.
+bool isPlainHeader(int tag) {
+    int const hops = 627;
+    int const lastOfHops = 630;
+    return standardPlaceOf(tag) == TagPlace::header && !isLengthOrData(tag) &&
+           (tag < hops || tag > lastOfHops);
 }
 
 // The first one counts, where a field stands twice.
@@ -58,15 +71,14 @@ std::string framed(std::string const& begin, std::string const& inner) {
     return text += trailer;
 }
 
-// Where the parts of a message of ours begin: what follows BodyLength, and the body. A data field
-// in the header, and what follows it, counts as body.
+// Where the parts of a message of ours begin: what follows BodyLength, and the body. The first
+// field of the header that is no plain one, and what follows it, counts as body.
 struct Parts {
     explicit Parts(std::string const& message)
         : lengthField(message.find('\x01') + 1), inner(message.find('\x01', lengthField) + 1),
           body(inner), end(message.size() - trailerLength) {
         FixScanner scanner(message);
-        while (scanner.next() && FIX::Message::isHeaderField(scanner.tag()) &&
-               FixScanner::dataTagOf(scanner.tag()) == 0)
+        while (scanner.next() && isPlainHeader(scanner.tag()))
             body = scanner.position();
     }
     std::size_t lengthField;
@@ -75,28 +87,94 @@ struct Parts {
     std::size_t end;
 };
 
-} // namespace
-
-void readMessage(std::string const& text, FIX::Message& message) {
-    message.clear();
-    bool const admin = isAdminText(text);
-    bool inHeader = true;
-    FixScanner scanner(text);
-    while (scanner.next()) {
-        inHeader = inHeader && FIX::Message::isHeaderField(scanner.tag());
-        if (inHeader)
-            addOnce(message.getHeader(), scanner.tag(), scanner.value());
-        else if (admin && !FIX::Message::isTrailerField(scanner.tag()))
-            addOnce(message, scanner.tag(), scanner.value());
+RejectReason reasonOf(FieldFault fault) {
+    switch (fault) {
+    case FieldFault::none:
+        break;
+    case FieldFault::noTag:
+        return RejectReason::invalidTag;
+    case FieldFault::noValue:
+        return RejectReason::noValue;
+    case FieldFault::wrongLength:
+        return RejectReason::wrongFormat;
     }
-    if (scanner.malformed())
-        message.setField(FIX::FieldBase(faultTag, std::to_string(scanner.tag())));
+    return RejectReason::none;
 }
 
-int malformedTag(FIX::Message const& message) {
-    return message.isSetField(faultTag)
-               ? std::atoi(message.getFieldRef(faultTag).getString().c_str())
-               : -1;
+bool isTime(std::string const& text) {
+    try {
+        FIX::UtcTimeStampConvertor::convert(text);
+        return true;
+    } catch (FIX::Exception const&) {
+        return false;
+    }
+}
+
+// What the session has to have is there afterwards; the first fault counts.
+MessageFault completed(FIX::Header& header, FIX::SessionID const& session, MessageFault fault) {
+    auto const note = [&fault](RejectReason reason, int tag) {
+        fault = fault ? fault : MessageFault{reason, tag};
+    };
+    if (!header.isSetField(FIX::FIELD::SenderCompID)) {
+        note(RejectReason::requiredTagMissing, FIX::FIELD::SenderCompID);
+        header.setField(FIX::SenderCompID(session.getTargetCompID().getValue()));
+    }
+    if (!header.isSetField(FIX::FIELD::TargetCompID)) {
+        note(RejectReason::requiredTagMissing, FIX::FIELD::TargetCompID);
+        header.setField(FIX::TargetCompID(session.getSenderCompID().getValue()));
+    }
+    bool const hasTime = header.isSetField(FIX::FIELD::SendingTime);
+    if (!hasTime || !isTime(header.getField(FIX::FIELD::SendingTime))) {
+        note(hasTime ? RejectReason::wrongFormat : RejectReason::requiredTagMissing,
+             FIX::FIELD::SendingTime);
+        header.setField(FIX::SendingTime(FIX::UtcTimeStamp()));
+    }
+    return fault;
+}
+
+} // namespace
+
+void readMessage(std::string const& text, FIX::SessionID const& session, MessageCheck const* check,
+                 FIX::Message& message) {
+    message.clear();
+    bool const admin = isAdminText(text);
+    MessageFault fault;
+    FixScanner scanner(text);
+    while (scanner.next()) {
+        if (scanner.fault() != FieldFault::none)
+            fault = fault ? fault : MessageFault{reasonOf(scanner.fault()), scanner.tag()};
+        else if (standardPlaceOf(scanner.tag()) == TagPlace::header)
+            addOnce(message.getHeader(), scanner.tag(), scanner.value());
+        else if (admin && standardPlaceOf(scanner.tag()) == TagPlace::body)
+            addOnce(message, scanner.tag(), scanner.value());
+    }
+    if (!fault && check != nullptr)
+        fault = check->check(text);
+    fault = completed(message.getHeader(), session, fault);
+    if (fault) {
+        message.setField(FIX::FieldBase(reasonTag, std::to_string(static_cast<int>(fault.reason))));
+        message.setField(FIX::FieldBase(faultTag, std::to_string(fault.tag)));
+    }
+}
+
+MessageFault faultOf(FIX::Message const& message) {
+    MessageFault fault;
+    if (message.isSetField(reasonTag)) {
+        auto const number = [&message](int tag) {
+            return std::atoi(message.getFieldRef(tag).getString().c_str());
+        };
+        fault.reason = static_cast<RejectReason>(number(reasonTag));
+        fault.tag = number(faultTag);
+    }
+    return fault;
+}
+
+bool hasNumber(FIX::Message const& message) {
+    if (!message.getHeader().isSetField(FIX::FIELD::MsgSeqNum))
+        return false;
+    std::string const& digits = message.getHeader().getField(FIX::FIELD::MsgSeqNum);
+    return digits.find_first_not_of("0123456789") == std::string::npos &&
+           std::atoll(digits.substr(0, 18).c_str()) < std::numeric_limits<int>::max();
 }
 
 void keepText(std::string const& text, FIX::Message& message) {
@@ -121,25 +199,27 @@ bool isPossDup(FIX::Message const& message) {
 }
 
 // The whole body is the value of its first field: QuickFIX would sort several fields by tag, and
-// only adds up their lengths and checksums otherwise.
+// only adds up their lengths and checksums otherwise. Whatever has to keep its place in the header
+// goes to the front of it, and a signature to its end.
 void writeBody(FixFields const& fields, FIX::Message& message) {
     std::string body;
     body.reserve(std::accumulate(
         fields.begin(), fields.end(), std::size_t(0),
         [](std::size_t sum, FixField const& field) { return sum + field.value.size() + 12; }));
     int firstTag = 0;
-    for (FixField const& field : fields) {
-        if (isSessionsOwn(field.tag))
-            continue;
-        if (FIX::Message::isHeaderField(field.tag)) {
-            message.getHeader().setField(FIX::FieldBase(field.tag, field.value));
-        } else if (firstTag == 0) {
-            firstTag = field.tag;
-            body.append(field.value);
-        } else {
-            appendField(body, field.tag, field.value);
+    for (TagPlace const place : {TagPlace::header, TagPlace::body, TagPlace::trailer})
+        for (FixField const& field : fields) {
+            if (field.place != place || isSessionsOwn(field.tag))
+                continue;
+            if (isPlainHeader(field.tag)) {
+                message.getHeader().setField(FIX::FieldBase(field.tag, field.value));
+            } else if (firstTag == 0) {
+                firstTag = field.tag;
+                body.append(field.value);
+            } else {
+                appendField(body, field.tag, field.value);
+            }
         }
-    }
     if (firstTag != 0)
         message.setField(FIX::FieldBase(firstTag, body));
 }

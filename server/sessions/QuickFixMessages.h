@@ -3,6 +3,7 @@
 #define ZANENGINE_SERVER_SESSIONS_QUICKFIXMESSAGES_H
 
 #include "server/sessions/FixMessage.h"
+#include "server/sessions/MessageFault.h"
 
 #include <string>
 
@@ -14,11 +15,17 @@ namespace server {
 
 /// Makes of a framed message what a session needs to judge it: the header, and for administrative
 /// messages the body. The body of an application message is only looked at for being fields at
-/// all: fields that are unknown, repeated or in no group reach the application unharmed.
-void readMessage(std::string const& text, FIX::Message& message);
+/// all, and by `check` where there is one: fields that are unknown, repeated or in no group reach
+/// the application unharmed. Fields of the header are taken wherever they stand. Where the names or
+/// the time are missing, what the session expects stands for them, and that is the fault.
+void readMessage(std::string const& text, FIX::SessionID const& session, MessageCheck const* check,
+                 FIX::Message& message);
 
-/// The tag at which `readMessage` found bytes that are no field; -1: there are none.
-int malformedTag(FIX::Message const& message);
+/// Why the message that `readMessage` has read has to be refused.
+MessageFault faultOf(FIX::Message const& message);
+
+/// Is the sequence number there, and a number?
+bool hasNumber(FIX::Message const& message);
 
 /// Puts the text into the message object, so that it stays with a message that has to wait for the
 /// ones before it; null where no text was put in.
@@ -31,8 +38,8 @@ int sequenceNumber(FIX::Message const& message);
 /// Does PossDupFlag say that the message was sent before?
 bool isPossDup(FIX::Message const& message);
 
-/// Adds the fields as the body, exactly in their order; header fields among them go to the header,
-/// those that the session writes itself are passed over.
+/// Adds the fields as the body, exactly in their order; those of the header go before it, those of
+/// the trailer behind it, those that the session writes itself are passed over.
 void writeBody(FixFields const& fields, FIX::Message& message);
 
 /// A message of ours without its body: enough for the session to make the header of its

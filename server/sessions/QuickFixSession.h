@@ -85,7 +85,8 @@ private:
     void fromAdmin(FIX::Message const& message,
                    FIX::SessionID const&) throw(FIX::IncorrectDataFormat) override;
     void fromApp(FIX::Message const& message,
-                 FIX::SessionID const&) throw(FIX::IncorrectDataFormat) override;
+                 FIX::SessionID const&) throw(FIX::IncorrectDataFormat,
+                                              FIX::UnsupportedMessageType) override;
 
     void clear() override {}
     void backup() override {}
@@ -110,12 +111,16 @@ private:
 
     void takeOne(Incoming& incoming);
     void takeGarbage(Incoming& incoming);
+    void endOver(Incoming& incoming);
+    void finishRefusal();
     void accept(FIX::Message const& message, FixStream stream);
     std::string takeText(FIX::Message const& message);
     void refuseAsAnswered(FIX::Message const& answer);
+    void tellFault(FIX::Message& reject);
     void refuse(std::string text, std::string const& reason);
 
     SocketLink& link_;
+    MessageCheck const* const check_;
     std::unique_ptr<FixSessionStore> const ownLog_;
     FixSessionStore& log_;
     std::atomic<std::thread::id> turnHolder_;
@@ -131,6 +136,7 @@ private:
     FIX::Message outgoing_;
     ResendSlices resends_;
     FIX::Message slice_;
+    MessageFault fault_;               // of the message that is refused right now
     Incoming* current_ = nullptr;      // not yet accepted, refused or put aside
     FixOutgoing const* own_ = nullptr; // what an application sends
     std::vector<long>* ids_ = nullptr; // of what it sent

@@ -5,6 +5,7 @@
 #define ZANENGINE_SERVER_WIRE_FIELDTEXT_H
 
 #include "message/GroupAccess.h"
+#include "server/sessions/StandardTags.h"
 
 #include <algorithm>
 #include <bit>
@@ -33,53 +34,6 @@ inline constexpr int targetTag = 56;
 
 /// One field; the value looks into the text that was read.
 using WireField = TextField;
-
-namespace pairs {
-
-struct Pair {
-    short length;
-    short data;
-};
-
-inline constexpr Pair all[] = {{90, 91},   {93, 89},   {95, 96},   {212, 213}, {348, 349},
-                               {350, 351}, {352, 353}, {354, 355}, {356, 357}, {358, 359},
-                               {360, 361}, {362, 363}, {364, 365}, {445, 446}, {618, 619}};
-inline constexpr unsigned behindLast = 620;
-
-/// By tag: the data field of a length, the length of a data field as a negative number, or 0.
-struct Partners {
-    constexpr Partners() {
-        for (Pair const& pair : all) {
-            of[pair.length] = pair.data;
-            of[pair.data] = static_cast<short>(-pair.length);
-        }
-    }
-    short of[behindLast] = {};
-};
-
-inline constexpr Partners partners;
-
-inline int partnerOf(int tag) {
-    auto const index = static_cast<unsigned>(tag);
-    return index < behindLast ? partners.of[index] : 0;
-}
-
-} // namespace pairs
-
-/// The tag of the field that tells the length of the data field `tag`, or 0 when `tag` is no data
-/// field. The value of a data field may hold separators.
-inline int lengthTagOf(int tag) {
-    return std::max(-pairs::partnerOf(tag), 0);
-}
-
-/// The tag of the data field whose length the field `tag` tells, or 0.
-inline int dataTagOf(int tag) {
-    return std::max(pairs::partnerOf(tag), 0);
-}
-
-inline bool isLengthOrData(int tag) {
-    return pairs::partnerOf(tag) != 0;
-}
 
 /// Where the next separator is, or the end.
 inline char const* findSeparator(char const* from, char const* end, char separator) {

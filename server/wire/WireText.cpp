@@ -17,40 +17,11 @@ namespace zan::server {
 
 namespace {
 
-enum : int {
-    versionTag = 8,
-    lengthTag = 9,
-    checksumTag = 10,
-    signatureTag = 89,
-    signatureLengthTag = 93
-};
+enum : int { versionTag = 8, lengthTag = 9, checksumTag = 10 };
 
-/// Where a tag stands in a message.
-enum class Part : std::uint8_t { body, header, trailer, frame };
-
-// With the members of the group of hops, which would claim them at the beginning of the body.
-constexpr short headerTags[] = {34,  43,  49,  50,  52,  56,  57,   90,   91,  97,  115,
-                                116, 122, 128, 129, 142, 143, 144,  145,  212, 213, 347,
-                                369, 370, 627, 628, 629, 630, 1128, 1129, 1156};
-constexpr unsigned behindHeaderTags = 1157;
-
-struct Parts {
-    constexpr Parts() {
-        for (short const tag : headerTags) {
-            of[tag] = Part::header;
-        }
-        of[signatureLengthTag] = of[signatureTag] = Part::trailer;
-        // These stand where they have to, whatever the model holds.
-        of[versionTag] = of[lengthTag] = of[checksumTag] = of[messageTypeTag] = Part::frame;
-    }
-    Part of[behindHeaderTags] = {};
-};
-
-constexpr Parts parts;
-
-Part partOf(int tag) {
-    auto const index = static_cast<unsigned>(tag);
-    return index < behindHeaderTags ? parts.of[index] : Part::body;
+// These stand where they have to, whatever the model holds.
+bool isFrame(int tag) {
+    return tag == versionTag || tag == lengthTag || tag == checksumTag || tag == messageTypeTag;
 }
 
 struct Tally {
@@ -281,15 +252,18 @@ void writeMessage(ZANFieldGroup const& message, CompiledDictionary const& dictio
     sink.beginBody();
     sink.field(messageTypeTag, type);
     walk.setType(type);
-    walk.top(message, [](int tag) { return partOf(tag) == Part::header; });
+    walk.top(message,
+             [](int tag) { return standardPlaceOf(tag) == TagPlace::header && !isFrame(tag); });
     bool isSigned = false;
     walk.top(message, [&](int tag) {
-        Part const part = partOf(tag);
-        isSigned |= part == Part::trailer;
-        return part == Part::body;
+        TagPlace const place = standardPlaceOf(tag);
+        isSigned |= place == TagPlace::trailer;
+        return place == TagPlace::body;
     });
     if (isSigned) {
-        walk.top(message, [](int tag) { return partOf(tag) == Part::trailer; });
+        walk.top(message, [](int tag) {
+            return standardPlaceOf(tag) == TagPlace::trailer && !isFrame(tag);
+        });
     }
     sink.setBodyLength();
 }

@@ -180,6 +180,9 @@ INSTANTIATE_TEST_SUITE_P(
               "TargetCompID=B\nStartTime=00:00:00\nEndTime=00:00:00\nHeartBtInt=1\n" +
                   link,
               "some.cfg:3: DefaultApplVerID: is missing, and BeginString=FIXT.1.1 needs it"},
+        Fault{"ApplicationVersion", sessionWith("DefaultApplVerID=FIX.6.0\n"),
+              "some.cfg:9: DefaultApplVerID=FIX.6.0: 2 to 10 or their names, FIX.4.0 to FIX.4.4, "
+              "FIX.5.0, FIX.5.0SP1, FIX.5.0SP2 and FIX.Latest, would be right"},
         Fault{"MissingDictionary", sessionWith("DataDictionary=/no/such.xml\n"),
               "some.cfg:9: DataDictionary=/no/such.xml: cannot be read (No such file or "
               "directory); the path of a data dictionary would be right"},
@@ -191,6 +194,24 @@ INSTANTIATE_TEST_SUITE_P(
               "some.cfg:11: ConnectionName: the name \"US->THEM\" belongs to the [SESSION] on "
               "line 1 already; a ConnectionName of its own would be right"}),
     [](auto const& tested) { return std::string(tested.param.name); });
+
+class ApplicationVersions : public testing::TestWithParam<std::pair<char const*, char const*>> {};
+
+TEST_P(ApplicationVersions, AreTakenByNumberAndByName) {
+    auto const& [written, number] = GetParam();
+    auto const connections = parseSessionText(
+        sessionWith("DefaultApplVerID=" + std::string(written) + "\n"), "some.cfg");
+    EXPECT_EQ(connections.at(0).valueOf("DefaultApplVerID"), number);
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, ApplicationVersions,
+                         testing::Values(std::pair{"2", "2"}, std::pair{"FIX.4.0", "2"},
+                                         std::pair{"FIX.4.4", "6"}, std::pair{"7", "7"},
+                                         std::pair{"FIX.5.0", "7"}, std::pair{"FIX.5.0SP1", "8"},
+                                         std::pair{"FIX50SP1", "8"}, std::pair{"9", "9"},
+                                         std::pair{"FIX.5.0SP2", "9"}, std::pair{"FIX50SP2", "9"},
+                                         std::pair{"fix.5.0sp2", "9"}, std::pair{"10", "10"},
+                                         std::pair{"FIX.Latest", "10"}));
 
 class EveryRequiredKey : public testing::TestWithParam<zan::server::RequiredKey> {};
 

@@ -6,16 +6,23 @@
 
 namespace {
 
+using zan::server::FieldFault;
 using zan::server::FixScanner;
 using zan::server::fixValue;
 
-// The fields as `tag:value;`, with `!` where the bytes are no field.
+// The fields as `tag:value;`, with the fault and the tag where they are none.
 std::string scan(std::string const& message) {
+    char const* const faults[] = {"", "no tag", "no value", "wrong length"};
     std::string found;
     FixScanner scanner(message);
     while (scanner.next())
-        found += std::to_string(scanner.tag()) + ":" + scanner.value() + ";";
-    return scanner.malformed() ? found + "!" : found;
+        if (scanner.fault() == FieldFault::none)
+            found += std::to_string(scanner.tag()) + ":" + scanner.value() + ";";
+        else
+            found += std::string(faults[static_cast<int>(scanner.fault())]) + " " +
+                     (scanner.tag() == FixScanner::noNumber ? "?" : std::to_string(scanner.tag())) +
+                     ";";
+    return found;
 }
 
 TEST(FixScanner, WalksOverTheFieldsInTheirOrder) {
@@ -31,22 +38,43 @@ TEST(FixScanner, IgnoresALengthThatNoDataFollows) {
     EXPECT_EQ(scan(onTheWire("95=3|58=abc|96=x|")), "95:3;58:abc;96:x;");
 }
 
-class MalformedText : public testing::TestWithParam<std::string> {};
+struct Malformed {
+    char const* text;
+    char const* found;
+};
 
-TEST_P(MalformedText, EndsTheWalk) {
-    EXPECT_EQ(scan(onTheWire("35=D|" + GetParam())), "35:D;!");
+class MalformedText : public testing::TestWithParam<Malformed> {};
+
+TEST_P(MalformedText, IsToldAndPassedOver) {
+    EXPECT_EQ(scan(onTheWire("35=D|" + std::string(GetParam().text) + "58=x|")),
+              "35:D;" + std::string(GetParam().found) + ";58:x;");
 }
 
-INSTANTIATE_TEST_SUITE_P(Fields, MalformedText,
-                         testing::Values("55|", "=x|", "x=1|", "-1=x|", "0=x|", "055=x|", "55=|",
-                                         "55=x", "99999999999=x|", "|", "55"));
+INSTANTIATE_TEST_SUITE_P(
+    Fields, MalformedText,
+    testing::Values(Malformed{"55|", "no tag ?"}, Malformed{"=x|", "no tag ?"},
+                    Malformed{"x=1|", "no tag ?"}, Malformed{"-1=x|", "no tag -1"},
+                    Malformed{"0=x|", "no tag 0"}, Malformed{"055=x|", "no tag 55"},
+                    Malformed{"55=|", "no value 55"}, Malformed{"5 5=x|", "no tag ?"},
+                    Malformed{"99999999999=x|", "no tag ?"}, Malformed{"4294967351=x|", "no tag ?"},
+                    Malformed{"|", "no tag ?"}, Malformed{"95=0|96=|", "95:0;no value 96"}));
+
+TEST(FixScanner, TellsAFieldThatDoesNotEnd) {
+    EXPECT_EQ(scan(onTheWire("35=D|55=x")), "35:D;no tag 55;");
+    EXPECT_EQ(scan(onTheWire("35=D|55")), "35:D;no tag ?;");
+}
+
+TEST(FixScanner, KnowsTheDataFieldsOfTheNewestVersions) {
+    EXPECT_EQ(scan(onTheWire("1397=3|1398=a|b|58=x|")), onTheWire("1397:3;1398:a|b;58:x;"));
+    EXPECT_EQ(scan(onTheWire("43109=3|42684=a|b|58=x|")), onTheWire("43109:3;42684:a|b;58:x;"));
+}
 
 TEST(FixScanner, DoesNotTrustALengthBeyondTheMessage) {
     EXPECT_EQ(scan(onTheWire("95=999|96=ab|58=x|")), "95:999;96:ab;58:x;");
 }
 
 TEST(FixScanner, RefusesDataThatIsLongerThanItsLength) {
-    EXPECT_EQ(scan(onTheWire("95=1|96=ab|58=x|")), "95:1;!");
+    EXPECT_EQ(scan(onTheWire("95=1|96=ab|58=x|")), "95:1;wrong length 96;58:x;");
 }
 
 TEST(FixScanner, FindsTheFirstValueOfATag) {

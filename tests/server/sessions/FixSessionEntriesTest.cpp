@@ -172,9 +172,9 @@ TEST_P(RefusedMessages, AreRemarksBeforeTheAnswer) {
 
 INSTANTIATE_TEST_SUITE_P(Reasons, RefusedMessages,
                          testing::Values(Refused{"BadField", "B", "148|", 0, "appIn",
-                                                 "no field: tag=value is expected (tag 148)", "3"},
+                                                 "Invalid tag number", "3"},
                                          Refused{"BadAdminField", "1", "112=|", 0, "adminIn",
-                                                 "no field: tag=value is expected (tag 112)", "3"},
+                                                 "Tag specified without a value (tag 112)", "3"},
                                          Refused{"NumberTooLow", "B", "148=x|", 1, "appIn",
                                                  "MsgSeqNum too low, expecting 2 but received 1",
                                                  "5"},

@@ -42,7 +42,7 @@ private:
 class RandomDictionary {
 public:
     explicit RandomDictionary(Chance& chance) : chance_(chance) {
-        for (int tag = 1000; tag < 1400; ++tag) {
+        for (int tag = 3000; tag < 3400; ++tag) {
             unused_.push_back(tag);
         }
         for (int tag : {1, 6, 11, 14, 15, 38, 44, 54, 55, 58, 99999, 2147483646}) {
