@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 #include <ostream>
 
 namespace zan {
@@ -17,8 +16,7 @@ TextLine& TextLine::add(std::string_view text) {
             return *this;
         }
     }
-    std::memcpy(text_ + size_, text.data(), text.size());
-    size_ += text.size();
+    size_ += text.copy(text_ + size_, text.size());
     return *this;
 }
 
@@ -33,6 +31,8 @@ TextLine& TextLine::add(Value const& value) {
         DigitBuffer digits;
         return add(defaultText(value, digits));
     }
+    // Written first: what the application's presentation does comes after it, also when it throws.
+    write();
     return add(std::string_view(value.asString()));
 }
 

@@ -11,13 +11,12 @@
 namespace zan {
 
 /// Numbers are decimal, whatever format the stream is set to. The text reaches the stream when the
-/// buffer is full, with `end()`, and with the destructor.
+/// buffer is full, with `write()` and with `end()`; each of them throws what the stream throws.
 class TextLine {
 public:
     explicit TextLine(std::ostream& os) : os_(os) {}
     TextLine(TextLine const&) = delete;
     TextLine& operator=(TextLine const&) = delete;
-    ~TextLine() { write(); }
 
     TextLine& add(std::string_view text);
     TextLine& add(int number);
@@ -27,12 +26,13 @@ public:
 
     TextLine& addBlanks(std::size_t count);
 
+    /// Writes what was added, without an end of line.
+    void write();
+
     /// Ends the line and flushes the stream.
     void end();
 
 private:
-    void write();
-
     std::ostream& os_;
     std::size_t size_ = 0;
     char text_[256];

@@ -157,7 +157,9 @@ private:
 
     [[gnu::always_inline]] static void release(Block* block) {
         if (block && block->decrementToZero()) {
-            Policy::destroy(static_cast<T*>(block->object));
+            if (block->object) {
+                Policy::destroy(static_cast<T*>(block->object));
+            }
             zan::releaseSmall(block, sizeof(Block));
         }
     }

@@ -49,5 +49,6 @@ bool ZANField::operator!=(ZANField const& other) const {
 std::ostream& operator<<(std::ostream& os, ZANField const& field) {
     zan::TextLine line(os);
     zan::addField(line, field);
+    line.write();
     return os;
 }

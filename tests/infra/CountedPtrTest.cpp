@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <type_traits>
 #include <utility>
@@ -163,6 +164,35 @@ TEST(CountedPtr, DestroysWhatItHoldsThroughThePolicy) {
     int object = 0;
     counted_ptr<int, Policy>{&object};
     EXPECT_EQ(42, object);
+}
+
+TEST(CountedPtr, DestroysNothingWhenItsBlockHasNoObject) {
+    static int destroyed;
+    struct Policy {
+        static void destroy(int*) { ++destroyed; }
+    };
+    destroyed = 0;
+    int object = 0;
+    using Pointer = counted_ptr<int, Policy>;
+    auto const withoutObject = [&object] {
+        Pointer pointer(&object);
+        zan::CountBlock* block;
+        std::memcpy(&block, &pointer, sizeof block);
+        block->object = nullptr;
+        return pointer;
+    };
+    {
+        Pointer const released = withoutObject();
+        EXPECT_TRUE(!released);
+        EXPECT_EQ(1U, released.use_count());
+    }
+    withoutObject().reset();
+    Pointer assigned = withoutObject();
+    assigned = Pointer();
+    assigned = withoutObject();
+    Pointer const empty;
+    assigned = empty;
+    EXPECT_EQ(0, destroyed);
 }
 
 } // namespace

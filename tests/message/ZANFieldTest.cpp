@@ -1,5 +1,7 @@
 #include "message/ZANField.h"
 
+#include "infra/InfraException.h"
+#include "infra/ValuePresentation.h"
 #include "infra/counted_ptr.h"
 #include "support/Slots.h"
 
@@ -119,6 +121,22 @@ TEST(ZANField, KeepsItsSlots) {
     EXPECT_EQ(8u, slotOf(&ZANField::operator=));
     EXPECT_EQ(9u, slotOf(&ZANField::operator==));
     EXPECT_EQ(10u, slotOf(&ZANField::operator!=));
+}
+
+/// Has no text for any value.
+class ThrowingPresentation : public ValueDefaultPresentation {
+public:
+    std::string& fillStringFromValue(Value const&, std::string&) override {
+        throw InfraException("no text");
+    }
+};
+
+TEST(ZANField, PrintsWhatStandsBeforeAValueWhosePresentationThrows) {
+    ValuePresentation::initialize(new ThrowingPresentation);
+    std::ostringstream os;
+    EXPECT_THROW(os << ZANField(35, 3, Value()), InfraException);
+    ValuePresentation::uninitialize();
+    EXPECT_EQ("Field  tag = 35 type = 3 value = ", os.str());
 }
 
 } // namespace
