@@ -25,6 +25,7 @@ long flagOf(FixTrouble kind) {
         return FLAG_BROKEN;
     case FixTrouble::storage:
         return FLAG_DB_ERROR;
+    case FixTrouble::closed:
     case FixTrouble::session:
         break;
     }
@@ -100,7 +101,8 @@ bool LinkWatch::trouble(FixTrouble kind, std::string const& text) {
     long const flag = flagOf(kind);
     bool const isNews = state_.lastError != text || (state_.flags & flag) != flag;
     state_.lastError = text;
-    if (kind == FixTrouble::unreachable || kind == FixTrouble::timedOut) {
+    if (kind == FixTrouble::unreachable || kind == FixTrouble::timedOut ||
+        kind == FixTrouble::closed) {
         endLogon(LogonResult::Outcome::Failed, text);
     } else if (kind == FixTrouble::storage) {
         endLogon(LogonResult::Outcome::NotStored, text);

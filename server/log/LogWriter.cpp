@@ -17,7 +17,7 @@ LogWriter::LogWriter(WriteConnection& connection) : connection_(connection) {
         open_.lastMillis = row.entry.millis;
     }
     open_.numberingFirst = static_cast<long>(connection_.meta("numbering_first"));
-    open_.numberingBegan = connection_.meta("numbering_began");
+    open_.numbering = {connection_.meta("numbering_began"), connection_.meta("reset_asked") != 0};
     committed_ = open_;
     numbers_ = open_.numbers;
     lastId_ = open_.lastId;
@@ -50,7 +50,7 @@ void LogWriter::reset() {
 void LogWriter::resetAt(long long millis) {
     startNumbers();
     open_.numbers = FixNumbers();
-    open_.numberingBegan = std::max(std::min(millis, nowMillis()), open_.lastMillis);
+    open_.numbering.began = std::max(std::min(millis, nowMillis()), open_.lastMillis);
     numbers_ = open_.numbers;
     areNumbersLoose_ = true;
 }
@@ -79,7 +79,7 @@ long LogWriter::add(FixEntry&& entry, long long millis) {
 }
 
 std::vector<FixEntry> LogWriter::commit(std::function<void(WriteConnection&)> const& extra) {
-    if (areNumbersLoose_) {
+    if (areNumbersLoose_ || (rows_.empty() && isNewNumbering())) {
         addNoteOnNumbers();
     }
     std::vector<FixEntry> entries;
@@ -135,7 +135,8 @@ void LogWriter::write(std::function<void(WriteConnection&)> const& extra) {
         }
         if (isNewNumbering()) {
             connection.setMeta("numbering_first", open_.numberingFirst);
-            connection.setMeta("numbering_began", open_.numberingBegan);
+            connection.setMeta("numbering_began", open_.numbering.began);
+            connection.setMeta("reset_asked", open_.numbering.asksForReset ? 1 : 0);
         }
         if (extra) {
             extra(connection);
@@ -145,7 +146,8 @@ void LogWriter::write(std::function<void(WriteConnection&)> const& extra) {
 
 bool LogWriter::isNewNumbering() const {
     return open_.numberingFirst != committed_.numberingFirst ||
-           open_.numberingBegan != committed_.numberingBegan;
+           open_.numbering.began != committed_.numbering.began ||
+           open_.numbering.asksForReset != committed_.numbering.asksForReset;
 }
 
 } // namespace zan::server

@@ -23,7 +23,8 @@ public:
     FixNumbers numbers() const { return numbers_.load(std::memory_order_relaxed); }
     void setNumbers(FixNumbers numbers);
     void reset();
-    long long numberingBegan() const { return open_.numberingBegan; }
+    FixNumbering numbering() const { return open_.numbering; }
+    void setNumbering(FixNumbering numbering) { open_.numbering = numbering; }
     long append(FixEntry entry);
 
     /// With the time that the entry or the numbering has, as far as times do not fall and are not
@@ -56,7 +57,7 @@ private:
         long lastId = 0;
         long long lastMillis = 0;
         long numberingFirst = 1;
-        long long numberingBegan = 0;
+        FixNumbering numbering;
     };
 
     long add(FixEntry&& entry, long long millis);

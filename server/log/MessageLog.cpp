@@ -74,8 +74,12 @@ void MessageLog::reset() {
     impl_->writer.reset();
 }
 
-long long MessageLog::numberingBegan() const {
-    return impl_->writer.numberingBegan();
+FixNumbering MessageLog::numbering() const {
+    return impl_->writer.numbering();
+}
+
+void MessageLog::setNumbering(FixNumbering numbering) {
+    impl_->writer.setNumbering(numbering);
 }
 
 long MessageLog::append(FixEntry entry) {

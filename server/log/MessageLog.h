@@ -101,7 +101,8 @@ public:
     FixNumbers numbers() const override;
     void setNumbers(FixNumbers numbers) override;
     void reset() override;
-    long long numberingBegan() const override;
+    FixNumbering numbering() const override;
+    void setNumbering(FixNumbering numbering) override;
     long append(FixEntry entry) override;
     std::vector<FixEntry> sent(int first, int last) override;
     std::vector<FixEntry> commit() override;

@@ -11,6 +11,9 @@ namespace server {
 
 namespace {
 
+// How often a session that is closed looks at its clock.
+std::chrono::milliseconds const clockInterval(1000);
+
 class InitiatorSession : public SessionRunner {
 public:
     InitiatorSession(FixSessionSettings const& settings, FixSessionEvents& events)
@@ -25,6 +28,7 @@ public:
 private:
     void run();
     void connectAndServe();
+    void waitForHours();
     void pause(std::chrono::milliseconds time);
 
     std::mutex lifeCycle_;
@@ -54,14 +58,23 @@ void InitiatorSession::stop() {
 
 void InitiatorSession::run() {
     while (!isQuitting()) {
-        if (!session_.isOpeningTime()) {
-            pause(std::chrono::seconds(1));
-            continue;
-        }
+        waitForHours();
         connectAndServe();
-        pause(setup_.reconnectInterval);
+        if (session_.isOpen())
+            pause(setup_.reconnectInterval);
     }
     running_ = false;
+}
+
+void InitiatorSession::waitForHours() {
+    bool isTold = false;
+    while (!isQuitting() && !session_.isOpen()) {
+        std::string const text = session_.rest();
+        if (!isTold && !isQuitting())
+            events_.trouble(FixTrouble::closed, text);
+        isTold = true;
+        pause(clockInterval);
+    }
 }
 
 void InitiatorSession::connectAndServe() {

@@ -20,6 +20,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -35,6 +36,7 @@ enum class FixTrouble {
     timedOut,    ///< no answer to the Logon or the Logout, or the heartbeats stopped
     badBytes,    ///< what came in makes no sense
     storage,     ///< the store failed; what was to be stored has not happened
+    closed,      ///< outside the session's hours
     session      ///< anything else: a sequence number too low, a Logon that is not acceptable ...
 };
 
@@ -77,8 +79,8 @@ public:
 struct FixSessionSettings {
     /// QuickFIX's keys with their values. BeginString, SenderCompID and TargetCompID are required,
     /// HeartBtInt, SocketConnectHost and SocketConnectPort for an initiator; StartTime and EndTime
-    /// are all day when they are not given. Keys that choose QuickFIX's own data dictionaries, logs
-    /// and stores have no effect here.
+    /// are all day when they are not given; see SessionHours. Keys that choose QuickFIX's own data
+    /// dictionaries, logs and stores have no effect here.
     std::vector<std::pair<std::string, std::string>> keys;
     /// Looks at what comes in; not owned, outlives the session. Without one everything whose fields
     /// are fields at all is taken.
@@ -86,6 +88,9 @@ struct FixSessionSettings {
     /// Where the numbers and the messages are kept: not owned, outlives the session. Without one
     /// the session keeps them itself, in memory, the newest 10,000 of the messages sent.
     FixSessionStore* store = nullptr;
+    /// The time of day by which the session keeps its hours, in milliseconds since 1970-01-01
+    /// 00:00:00 UTC; the system's when it is not given. Called from the session's threads.
+    std::function<long long()> clock;
 };
 
 /// A message to be sent. Its fields go out exactly in their order. Those of the header are put into
@@ -119,8 +124,10 @@ public:
 
     /// Begins to connect and to log on, adding these fields to every Logon, and keeps at it
     /// (ReconnectInterval seconds after each failure, 30 when not set) until `requestLogout` or
-    /// `stop`. Returns at once; what happens is reported. Nothing happens when it runs already;
-    /// where a logout is under way it waits for its end first. Not to be called by a report.
+    /// `stop`, within the session's hours: outside of them it tells so and waits. Both numbers
+    /// begin with 1 when the run of the session has ended in which they began. Returns at once;
+    /// what happens is reported. Nothing happens when it runs already; where a logout is under way
+    /// it waits for its end first. Not to be called by a report.
     virtual void start(FixFields const& logonFields) = 0;
 
     /// Sends a Logout with this text; the link closes when it is answered, or after LogoutTimeout
@@ -140,10 +147,14 @@ public:
                                std::chrono::milliseconds patience, std::vector<long>& ids) = 0;
 
     /// Both numbers become 1, with a remark in the store that tells this note, and every Logon asks
-    /// the counterparty to begin with 1 too (ResetSeqNumFlag), until a logon succeeded. For a
-    /// session that is stopped. Throws std::runtime_error when the store fails; then nothing was
-    /// changed. Not to be called by a report.
+    /// the counterparty to begin with 1 too (ResetSeqNumFlag), until a logon succeeded, whichever
+    /// process makes it: the store keeps that. For a session that is stopped. Throws
+    /// std::runtime_error when the store fails; then nothing was changed. Not to be called by a
+    /// report.
     virtual void resetNumbers(std::string const& note) = 0;
+
+    /// Sets the numbers, with a remark in the store for each note. Under the same conditions.
+    virtual void setNumbers(FixNumbers numbers, std::vector<std::string> const& notes) = 0;
 
     virtual bool isLoggedOn() const = 0;
 

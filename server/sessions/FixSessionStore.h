@@ -50,6 +50,12 @@ struct alignas(8) FixNumbers {
     int nextIn = 1;
 };
 
+/// What is known about the numbering that the numbers belong to.
+struct FixNumbering {
+    long long began = 0;       ///< milliseconds since 1970-01-01 00:00:00 UTC
+    bool asksForReset = false; ///< the counterparty was not yet made to begin with 1 too
+};
+
 class FixSessionStore {
 public:
     virtual ~FixSessionStore();
@@ -65,11 +71,12 @@ public:
 
     virtual void setNumbers(FixNumbers numbers) = 0;
 
-    /// A new numbering begins: both numbers are 1, and nothing that was sent before counts as sent.
+    /// A new numbering begins now: both numbers are 1, and nothing that was sent before counts as
+    /// sent. Whether the counterparty is asked for a reset stays as it is.
     virtual void reset() = 0;
 
-    /// When the numbering began, in milliseconds since 1970-01-01 00:00:00 UTC.
-    virtual long long numberingBegan() const = 0;
+    virtual FixNumbering numbering() const = 0;
+    virtual void setNumbering(FixNumbering numbering) = 0;
 
     /// Adds an entry and returns its id.
     virtual long append(FixEntry entry) = 0;

@@ -23,7 +23,7 @@ bool isFirstSending(FixEntry const& entry) {
 std::size_t const MemoryStore::mostSent;
 
 MemoryStore::MemoryStore() {
-    committed_.began = nowMillis();
+    committed_.numbering.began = nowMillis();
     open_ = committed_;
     shownNumbers_ = open_.numbers;
 }
@@ -43,7 +43,7 @@ void MemoryStore::setNumbers(FixNumbers numbers) {
 void MemoryStore::reset() {
     wasReset_ = true;
     firstOfNumbering_ = entries_.size();
-    open_.began = nowMillis();
+    open_.numbering.began = nowMillis();
     setNumbers(FixNumbers());
 }
 

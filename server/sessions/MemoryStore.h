@@ -26,7 +26,8 @@ public:
     FixNumbers numbers() const override { return shownNumbers_; }
     void setNumbers(FixNumbers numbers) override;
     void reset() override;
-    long long numberingBegan() const override { return open_.began; }
+    FixNumbering numbering() const override { return open_.numbering; }
+    void setNumbering(FixNumbering numbering) override { open_.numbering = numbering; }
     long append(FixEntry entry) override;
     std::vector<FixEntry> sent(int first, int last) override;
     std::vector<FixEntry> commit() override;
@@ -37,7 +38,7 @@ private:
         FixNumbers numbers;
         long lastId = 0;
         long long lastMillis = 0;
-        long long began = 0;
+        FixNumbering numbering;
     };
 
     std::mutex turn_;

@@ -20,6 +20,8 @@ namespace {
 // More bytes than this do not wait for the rest of what is taken at once.
 std::size_t const mostHeld = 1024 * 1024;
 
+char const* const hoursOver = "the session's hours are over";
+
 // Somebody who sends nothing but garbage is no counterparty.
 int const mostGarbageInARow = 16;
 
@@ -61,10 +63,25 @@ std::string reasonIn(FIX::Message const& answer) {
     return reason;
 }
 
+std::function<long long()> clockOr(std::function<long long()> const& clock) {
+    using namespace std::chrono;
+    if (clock)
+        return clock;
+    return [] {
+        return static_cast<long long>(
+            duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count());
+    };
+}
+
 // A SequenceReset does its work under any number.
 bool isRepetition(FIX::Message const& message) {
     return isPossDup(message) &&
            message.getHeader().getField(FIX::FIELD::MsgType) != FIX::MsgType_SequenceReset;
+}
+
+bool isLogout(FIX::Message const& message) {
+    return message.getHeader().isSetField(FIX::FIELD::MsgType) &&
+           message.getHeader().getField(FIX::FIELD::MsgType) == FIX::MsgType_Logout;
 }
 
 } // namespace
@@ -111,7 +128,8 @@ QuickFixSession::QuickFixSession(FixSessionSettings const& settings, bool initia
     : link_(link), check_(settings.check),
       ownLog_(settings.store == nullptr ? new MemoryStore : nullptr),
       log_(settings.store == nullptr ? *ownLog_ : *settings.store), logs_(new Logs(*this)),
-      events_(events), reports_(events), store_(log_) {
+      hours_(settings.keys), clock_(clockOr(settings.clock)), events_(events), reports_(events),
+      store_(log_, clock_) {
     try {
         create(settings, initiator);
     } catch (FIX::Exception const& error) {
@@ -131,16 +149,17 @@ void QuickFixSession::create(FixSessionSettings const& settings, bool initiator)
     if (FIX::Session::doesSessionExist(id_))
         throw std::runtime_error("the session " + id_.toString() +
                                  " is already live in this process");
+    // It looks at the system's clock, and resets the numbers where that finds a new day.
+    QuickFixStore::Hold const hold(store_);
     session_.reset(FIX::SessionFactory(*this, store_, logs_.get()).create(id_, keys));
-    std::vector<FixEntry> entries;
-    if (!store_.commit(entries))
-        throw std::runtime_error(store_.failure());
     reports_.forget();
 }
 
-bool QuickFixSession::isOpeningTime() const {
+// The time for QuickFIX to go by, which for it is never that of another session.
+FIX::UtcTimeStamp QuickFixSession::stamp() {
     FIX::UtcTimeStamp const now;
-    return session_->isSessionTime(now) && session_->isLogonTime(now);
+    store_.setCreationTime(now);
+    return now;
 }
 
 template <typename Action>
@@ -170,6 +189,8 @@ void QuickFixSession::guarded(Action const& action) {
 // in was not taken and what goes out is missing.
 void QuickFixSession::settle() {
     std::vector<FixEntry> entries;
+    if (reports_.hasLogon())
+        store_.askForReset(false);
     if (store_.commit(entries)) {
         letOut(entries);
     } else {
@@ -184,7 +205,6 @@ void QuickFixSession::letOut(std::vector<FixEntry>& entries) {
     if (!held_.empty())
         link_.write(held_);
     held_.clear();
-    asksForReset_ = asksForReset_ && !reports_.hasLogon();
     if (!entries.empty())
         events_.logged(entries);
     reports_.deliver();
@@ -202,9 +222,15 @@ void QuickFixSession::attach() {
         closing_ = false;
         garbageInARow_ = 0;
         resends_.clear();
+        renewNumbering();
         session_->logon();
-        session_->setResponder(this);
-        session_->next();
+        {
+            QuickFixStore::Hold const hold(store_); // it looks at the system's clock, too
+            session_->setResponder(this);
+        }
+        keepHours();
+        if (!closing_)
+            session_->next(stamp());
     });
 }
 
@@ -236,10 +262,15 @@ void QuickFixSession::takeOne(Incoming& incoming) {
         endOver(incoming);
         return;
     }
-    int const distance = sequenceNumber(incoming_) - store_.current().nextIn;
+    int const expected = store_.current().nextIn;
+    int const distance = sequenceNumber(incoming_) - expected;
     if (distance > 0)
         keepText(incoming.text, incoming_);
-    guarded([this] { session_->next(incoming_, FIX::UtcTimeStamp()); });
+    guarded([this] { session_->next(incoming_, stamp()); });
+    // A Logout is obeyed whatever its number, and takes the place of no other message.
+    FixNumbers const after = store_.current();
+    if (distance != 0 && after.nextIn == expected + 1 && isLogout(incoming_))
+        store_.setNumbers({after.nextOut, expected});
     // A repetition of what was taken is passed over without a word.
     if (current_ != nullptr && !(distance < 0 && isPossDup(incoming_)))
         refuse(std::move(incoming.text), lastEvent_);
@@ -287,12 +318,60 @@ void QuickFixSession::takeGarbage(Incoming& incoming) {
 }
 
 void QuickFixSession::tick() {
-    work([this] { session_->next(); });
+    work([this] {
+        keepHours();
+        session_->next(stamp());
+    });
+}
+
+bool QuickFixSession::hasRunEnded(long long now) const {
+    return hours_.endsAt(store_.numbering().began) < hours_.endsAt(now);
+}
+
+// Outside the hours nobody stays logged on, and nobody logs on.
+void QuickFixSession::keepHours() {
+    long long const now = clock_();
+    if (hours_.isOpen(now) && !hasRunEnded(now))
+        return;
+    if (session_->isLoggedOn()) {
+        session_->logout(hoursOver);
+    } else if (!closing_) {
+        reports_.trouble(FixTrouble::closed, hoursOver);
+        closing_ = true;
+    }
+}
+
+// Once for each border that was passed. Numbers that began while the session was closed are those
+// of its next run.
+void QuickFixSession::renewNumbering() {
+    long long const now = clock_();
+    FixNumbering const numbering = store_.numbering();
+    if (hasRunEnded(now)) {
+        store_.beginNumbering();
+        addRemark("sequence numbers reset to 1: the session ended at " +
+                  utcText(hours_.endsAt(numbering.began)));
+    } else if (hours_.endsAt(now) < hours_.never &&
+               hours_.endsAt(hours_.endsAt(now)) < hours_.endsAt(numbering.began)) {
+        // A clock that was wrong by more than a whole run must not keep the numbers until then.
+        store_.setNumbering({now, numbering.asksForReset});
+        addRemark("the sequence numbers are said to begin at " + utcText(numbering.began) +
+                  ", which is to come; they count from now");
+    }
+}
+
+std::string QuickFixSession::rest() {
+    work([this] { renewNumbering(); });
+    return hours_.closedText(clock_());
 }
 
 void QuickFixSession::tickWithoutReading() {
     work([this] {
+        keepHours();
         long long const interval = 1000LL * session_->getHeartBtInt().getValue();
+        if (!session_->isEnabled()) {
+            session_->next(stamp());
+            return;
+        }
         if (!session_->isLoggedOn() || interval == 0 || nowMillis() - lastSentMillis_ < interval)
             return;
         FIX::Message heartbeat;
@@ -304,7 +383,7 @@ void QuickFixSession::tickWithoutReading() {
 void QuickFixSession::resendMore() {
     work([this] {
         slice_ = resends_.take();
-        session_->next(slice_, FIX::UtcTimeStamp());
+        session_->next(slice_, stamp());
     });
 }
 
@@ -312,13 +391,16 @@ bool QuickFixSession::sayLogout(std::string const& text) {
     bool const answerExpected = isLoggedOn();
     work([this, &text] {
         session_->logout(text);
-        session_->next();
+        session_->next(stamp());
     });
     return answerExpected;
 }
 
 void QuickFixSession::detach() {
-    work([this] { session_->disconnect(); });
+    work([this] {
+        session_->disconnect();
+        renewNumbering();
+    });
 }
 
 FixSendResult QuickFixSession::send(std::vector<FixOutgoing> const& messages,
@@ -363,20 +445,40 @@ std::string QuickFixSession::write(std::vector<FixOutgoing> const& messages,
 }
 
 void QuickFixSession::resetNumbers(std::string const& note) {
+    changeNumbers({note}, [this] {
+        store_.beginNumbering();
+        store_.askForReset(true);
+    });
+}
+
+void QuickFixSession::setNumbers(FixNumbers numbers, std::vector<std::string> const& notes) {
+    changeNumbers(notes, [this, numbers] {
+        renewNumbering();
+        store_.setNumbers(numbers);
+    });
+}
+
+template <typename Change>
+void QuickFixSession::changeNumbers(std::vector<std::string> const& notes, Change const& change) {
     Turn const turn(*this);
-    FixEntry remark;
-    remark.stream = FixStream::adminOut;
-    remark.origin = FixOrigin::remark;
-    remark.note = note;
+    change();
+    for (std::string const& note : notes)
+        addRemark(note);
     std::vector<FixEntry> entries;
-    if (!store_.beginNumbering() || store_.append(std::move(remark)) == 0 ||
-        !store_.commit(entries)) {
+    if (!store_.commit(entries)) {
         std::string const reason = store_.failure();
         fail(FixTrouble::storage, reason);
         throw std::runtime_error(reason);
     }
-    asksForReset_ = true;
     letOut(entries);
+}
+
+void QuickFixSession::addRemark(std::string const& note) {
+    FixEntry remark;
+    remark.stream = FixStream::adminOut;
+    remark.origin = FixOrigin::remark;
+    remark.note = note;
+    store_.append(std::move(remark));
 }
 
 void QuickFixSession::onLogon(FIX::SessionID const&) {
@@ -405,7 +507,7 @@ void QuickFixSession::toApp(FIX::Message& message, FIX::SessionID const&) throw(
 }
 
 // The fields that the session looks at itself have to stand alone.
-void QuickFixSession::addLogonFields(FIX::Message& logon) const {
+void QuickFixSession::addLogonFields(FIX::Message& logon) {
     FixFields others;
     for (FixField const& field : logonFields_) {
         if (logon.isSetField(field.tag) || field.tag == FIX::FIELD::ResetSeqNumFlag)
@@ -414,7 +516,14 @@ void QuickFixSession::addLogonFields(FIX::Message& logon) const {
             others.push_back(field);
     }
     writeBody(others, logon);
-    if (asksForReset_ && session_->isInitiator())
+    if (!session_->isInitiator())
+        return;
+    // A counterparty that was asked, and perhaps did not hear it, is asked until it agrees.
+    bool const asks = logon.isSetField(FIX::FIELD::ResetSeqNumFlag) &&
+                      logon.getField(FIX::FIELD::ResetSeqNumFlag) == "Y";
+    if (asks)
+        store_.askForReset(true);
+    else if (store_.numbering().asksForReset)
         logon.setField(FIX::ResetSeqNumFlag(true));
 }
 

@@ -5,10 +5,12 @@
 #include "server/sessions/FixSession.h"
 #include "server/sessions/QuickFixStore.h"
 #include "server/sessions/ResendSlices.h"
+#include "server/sessions/SessionHours.h"
 #include "server/sessions/SessionReports.h"
 #include "server/sessions/SocketLink.h"
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -34,9 +36,9 @@ struct Incoming {
 /// and only then gives the bytes to the link and the entries to the receiver of reports. So
 /// QuickFIX's own locks are never waited for, and nothing of ours is waited for under them.
 ///
-/// `send`, `isLoggedOn` and the numbers are for any thread, `resetNumbers` for a time when there is
-/// no link, the rest is for the session's thread or for a time when there is none. What QuickFIX
-/// throws ends here.
+/// `send`, `isOpen`, `isLoggedOn` and the numbers are for any thread, `resetNumbers` and
+/// `setNumbers` for a time when there is no link, the rest is for the session's thread or for a
+/// time when there is none. What QuickFIX throws ends here.
 class QuickFixSession : private FIX::Application, private FIX::Log, private FIX::Responder {
 public:
     /// Throws std::runtime_error when the settings are wrong, when the store fails, and when the
@@ -50,8 +52,11 @@ public:
     FIX::SessionID const& id() const { return id_; }
     void setLogonFields(FixFields const& fields) { logonFields_ = fields; }
 
-    /// May a link be opened now, by the session's times of day?
-    bool isOpeningTime() const;
+    /// May the session be logged on now, by its hours?
+    bool isOpen() const { return hours_.isOpen(clock_()); }
+    /// To be called now and then while the session is closed: lets its numbers begin again where it
+    /// is time for it. Returns words on when it opens.
+    std::string rest();
     /// The link is open: the session begins to talk over it.
     void attach();
     /// Takes what came in, in one transaction where that is not too much.
@@ -70,6 +75,7 @@ public:
 
     FixSendResult send(std::vector<FixOutgoing> const& messages, std::vector<long>& ids);
     void resetNumbers(std::string const& note);
+    void setNumbers(FixNumbers numbers, std::vector<std::string> const& notes);
     bool isLoggedOn() const { return reports_.isLoggedOn(); }
     FixNumbers numbers() const { return log_.numbers(); }
 
@@ -98,7 +104,15 @@ private:
     void disconnect() override { closing_ = true; }
 
     void create(FixSessionSettings const& settings, bool initiator);
-    void addLogonFields(FIX::Message& logon) const;
+    void addLogonFields(FIX::Message& logon);
+
+    FIX::UtcTimeStamp stamp();
+    bool hasRunEnded(long long now) const;
+    void keepHours();
+    void renewNumbering();
+    template <typename Change>
+    void changeNumbers(std::vector<std::string> const& notes, Change const& change);
+    void addRemark(std::string const& note);
 
     template <typename Action>
     void work(Action const& action);
@@ -127,6 +141,8 @@ private:
     FIX::SessionID id_;
     FixFields logonFields_;
     std::unique_ptr<FIX::LogFactory> logs_;
+    SessionHours const hours_;
+    std::function<long long()> const clock_;
 
     // With the turn.
     FixSessionEvents& events_;
@@ -143,7 +159,6 @@ private:
     std::string held_;                 // bytes that wait for the commit
     std::string lastEvent_;
     bool closing_ = true;
-    bool asksForReset_ = false;
     int garbageInARow_ = 0;
     long long lastSentMillis_ = 0;
     std::unique_ptr<FIX::Session> session_;

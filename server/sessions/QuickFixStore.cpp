@@ -16,12 +16,6 @@ void QuickFixStore::begin() {
     usedNumber_ = false;
     failure_.clear();
     repeated_.clear();
-    long long const began = store_.numberingBegan();
-    if (began != began_) {
-        creationTime_ =
-            FIX::UtcTimeStamp(static_cast<time_t>(began / 1000), static_cast<int>(began % 1000));
-        began_ = began;
-    }
 }
 
 long QuickFixStore::append(FixEntry entry) {
@@ -37,12 +31,27 @@ long QuickFixStore::append(FixEntry entry) {
 }
 
 bool QuickFixStore::beginNumbering() {
-    try {
-        reset();
-    } catch (FIX::IOException const&) {
-        // The reason is kept.
-    }
-    return failure_.empty();
+    return attempt([this] {
+        store_.reset();
+        store_.setNumbering({clock_(), store_.numbering().asksForReset});
+        numbers_ = store_.numbers();
+    });
+}
+
+bool QuickFixStore::setNumbers(FixNumbers numbers) {
+    return attempt([this, numbers] {
+        store_.setNumbers(numbers);
+        numbers_ = numbers;
+    });
+}
+
+bool QuickFixStore::setNumbering(FixNumbering numbering) {
+    return attempt([this, numbering] { store_.setNumbering(numbering); });
+}
+
+bool QuickFixStore::askForReset(bool on) {
+    FixNumbering const numbering = store_.numbering();
+    return numbering.asksForReset == on || setNumbering({numbering.began, on});
 }
 
 bool QuickFixStore::commit(std::vector<FixEntry>& entries) {
@@ -62,7 +71,7 @@ void QuickFixStore::rollBack() {
 }
 
 template <typename Action>
-void QuickFixStore::change(Action const& action) {
+bool QuickFixStore::attempt(Action const& action) {
     isChanged_ = true;
     try {
         if (failure_.empty())
@@ -70,7 +79,12 @@ void QuickFixStore::change(Action const& action) {
     } catch (std::exception const& error) {
         failure_ = error.what();
     }
-    if (!failure_.empty())
+    return failure_.empty();
+}
+
+template <typename Action>
+void QuickFixStore::change(Action const& action) {
+    if (!isHeld_ && !attempt(action))
         throw FIX::IOException(failure_);
 }
 
@@ -98,13 +112,17 @@ std::string QuickFixStore::repetition(int number, std::string const& head) const
 }
 
 void QuickFixStore::setNextSenderMsgSeqNum(int number) throw(FIX::IOException) {
-    numbers_.nextOut = number;
-    change([this] { store_.setNumbers(numbers_); });
+    change([this, number] {
+        numbers_.nextOut = number;
+        store_.setNumbers(numbers_);
+    });
 }
 
 void QuickFixStore::setNextTargetMsgSeqNum(int number) throw(FIX::IOException) {
-    numbers_.nextIn = number;
-    change([this] { store_.setNumbers(numbers_); });
+    change([this, number] {
+        numbers_.nextIn = number;
+        store_.setNumbers(numbers_);
+    });
 }
 
 void QuickFixStore::incrNextSenderMsgSeqNum() throw(FIX::IOException) {
@@ -116,15 +134,9 @@ void QuickFixStore::incrNextTargetMsgSeqNum() throw(FIX::IOException) {
     setNextTargetMsgSeqNum(numbers_.nextIn + 1);
 }
 
-FIX::UtcTimeStamp QuickFixStore::getCreationTime() const throw(FIX::IOException) {
-    return creationTime_;
-}
-
 void QuickFixStore::reset() throw(FIX::IOException) {
-    numbers_ = FixNumbers();
-    creationTime_ = FIX::UtcTimeStamp();
-    began_ = -1;
-    change([this] { store_.reset(); });
+    if (!isHeld_ && !beginNumbering())
+        throw FIX::IOException(failure_);
 }
 
 } // namespace server

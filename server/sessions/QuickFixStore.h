@@ -4,6 +4,7 @@
 
 #include "server/sessions/FixSessionStore.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,9 @@ namespace server {
 /// the transaction fail as a whole; QuickFIX hears of it as an IOException where it asks.
 class QuickFixStore : public FIX::MessageStore, public FIX::MessageStoreFactory {
 public:
-    explicit QuickFixStore(FixSessionStore& store) : store_(store) {}
+    /// The clock tells the time of day, in milliseconds since 1970-01-01 00:00:00 UTC.
+    QuickFixStore(FixSessionStore& store, std::function<long long()> clock)
+        : store_(store), clock_(std::move(clock)) {}
     ~QuickFixStore() override;
     QuickFixStore(QuickFixStore const&) = delete;
     QuickFixStore& operator=(QuickFixStore const&) = delete;
@@ -30,8 +33,31 @@ public:
     /// Why the transaction has failed; empty while it has not.
     std::string const& failure() const { return failure_; }
 
-    /// Both numbers are 1; false when the transaction has failed.
+    // Changes that are not QuickFIX's: false when the transaction has failed.
+
+    /// Both numbers are 1.
     bool beginNumbering();
+    bool setNumbers(FixNumbers numbers);
+    bool setNumbering(FixNumbering numbering);
+    /// Whether Logons ask the counterparty to begin with 1 too.
+    bool askForReset(bool on);
+    FixNumbering numbering() const { return store_.numbering(); }
+
+    /// While one lives, what QuickFIX does to the numbers is without effect.
+    class Hold {
+    public:
+        explicit Hold(QuickFixStore& store) : store_(store) { store_.isHeld_ = true; }
+        ~Hold() { store_.isHeld_ = false; }
+        Hold(Hold const&) = delete;
+        Hold& operator=(Hold const&) = delete;
+
+    private:
+        QuickFixStore& store_;
+    };
+
+    /// QuickFIX compares this time with the one that it is given: where they are the same it finds
+    /// no border of a session between them, whose numbers it would reset.
+    void setCreationTime(FIX::UtcTimeStamp const& time) { creationTime_ = time; }
 
     /// False when the storage failed; then everything is as it was.
     bool commit(std::vector<FixEntry>& entries);
@@ -57,7 +83,9 @@ public:
     void setNextTargetMsgSeqNum(int number) throw(FIX::IOException) override;
     void incrNextSenderMsgSeqNum() throw(FIX::IOException) override;
     void incrNextTargetMsgSeqNum() throw(FIX::IOException) override;
-    FIX::UtcTimeStamp getCreationTime() const throw(FIX::IOException) override;
+    FIX::UtcTimeStamp getCreationTime() const throw(FIX::IOException) override {
+        return creationTime_;
+    }
     void reset() throw(FIX::IOException) override;
     void refresh() throw(FIX::IOException) override {}
 
@@ -66,13 +94,16 @@ public:
 
 private:
     template <typename Action>
+    bool attempt(Action const& action);
+    template <typename Action>
     void change(Action const& action);
 
     FixSessionStore& store_;
+    std::function<long long()> const clock_;
     FixNumbers numbers_;
-    long long began_ = -1;
     FIX::UtcTimeStamp creationTime_;
     bool isChanged_ = false;
+    bool isHeld_ = false;
     bool usedNumber_ = false;
     mutable std::string failure_;
     mutable std::vector<FixEntry> repeated_;

@@ -23,6 +23,9 @@ public:
     FixSendResult send(std::vector<FixOutgoing> const& messages, std::chrono::milliseconds patience,
                        std::vector<long>& ids) override;
     void resetNumbers(std::string const& note) override { session_.resetNumbers(note); }
+    void setNumbers(FixNumbers numbers, std::vector<std::string> const& notes) override {
+        session_.setNumbers(numbers, notes);
+    }
     bool isLoggedOn() const override { return session_.isLoggedOn(); }
     std::size_t unsentBytes() const override { return link_.backlog(); }
     void setReading(bool on) override;

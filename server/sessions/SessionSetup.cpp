@@ -1,6 +1,8 @@
 #include "server/sessions/SessionSetup.h"
 
+#include <algorithm>
 #include <initializer_list>
+#include <iterator>
 #include <stdexcept>
 
 namespace zan {
@@ -12,11 +14,6 @@ void require(FIX::Dictionary const& keys, std::initializer_list<char const*> nam
     for (char const* name : names)
         if (!keys.has(name))
             throw std::runtime_error(std::string("the session needs the key ") + name);
-}
-
-void setMissing(FIX::Dictionary& keys, std::string const& name, std::string const& value) {
-    if (!keys.has(name))
-        keys.setString(name, value);
 }
 
 std::string textOr(FIX::Dictionary const& keys, std::string const& name,
@@ -62,10 +59,19 @@ std::vector<SocketTarget> makeTargets(FIX::Dictionary const& keys) {
     return targets;
 }
 
+// The hours are kept by SessionHours: for QuickFIX it is always open.
+bool isOfHours(std::string const& key) {
+    static char const* const keys[] = {"StartTime", "EndTime",   "StartDay",
+                                       "EndDay",    "LogonTime", "LogoutTime",
+                                       "LogonDay",  "LogoutDay", "UseLocalTime"};
+    return std::find(std::begin(keys), std::end(keys), key) != std::end(keys);
+}
+
 FIX::Dictionary collect(FixSessionSettings const& settings, bool initiator) {
     FIX::Dictionary keys;
     for (auto const& key : settings.keys)
-        keys.setString(key.first, key.second);
+        if (!isOfHours(key.first))
+            keys.setString(key.first, key.second);
     require(keys, {"BeginString", "SenderCompID", "TargetCompID"});
     if (initiator)
         require(keys, {"HeartBtInt", "SocketConnectHost", "SocketConnectPort"});
@@ -78,10 +84,8 @@ FIX::Dictionary makeDictionary(FixSessionSettings const& settings, bool initiato
     FIX::Dictionary keys = collect(settings, initiator);
     keys.setString("ConnectionType", initiator ? "initiator" : "acceptor");
     keys.setString("UseDataDictionary", "N");
-    bool const weekly = keys.has("StartDay") || keys.has("EndDay");
-    setMissing(keys, "StartTime", "00:00:00");
-    // With equal times a session lasts from day to day without an end to its sequence numbers.
-    setMissing(keys, "EndTime", weekly ? "23:59:59" : "00:00:00");
+    keys.setString("StartTime", "00:00:00");
+    keys.setString("EndTime", "00:00:00");
     return keys;
 }
 

@@ -29,8 +29,8 @@ public:
         }
     }
     void trouble(zan::server::FixTrouble kind, std::string const& text) override {
-        static char const* const kinds[] = {"unreachable", "timedOut", "badBytes", "storage",
-                                            "session"};
+        static char const* const kinds[] = {"unreachable", "timedOut", "badBytes",
+                                            "storage",     "closed",   "session"};
         add(std::string("! ") + kinds[static_cast<int>(kind)] + " " + text);
     }
 

@@ -156,7 +156,7 @@ TEST_F(LogTransaction, ResetBeginsANewNumbering) {
         EXPECT_EQ(log().numbers(), (FixNumbers{1, 1}));
         EXPECT_TRUE(log().sent(1, 9).empty());
         log().commit();
-        EXPECT_GE(log().numberingBegan(), before);
+        EXPECT_GE(log().numbering().began, before);
     }
     EXPECT_EQ(sentNumbers(1, 9), Numbers());
     send("11=C|");
@@ -170,23 +170,47 @@ TEST_F(LogTransaction, NumberingIsKnownWhenTheLogIsOpenedAgain) {
         Turn const turn(log());
         log().reset();
         log().commit();
-        began = log().numberingBegan();
+        began = log().numbering().began;
     }
     open();
     EXPECT_EQ(log().numbers(), (FixNumbers{1, 1}));
-    EXPECT_EQ(log().numberingBegan(), began);
+    EXPECT_EQ(log().numbering().began, began);
     EXPECT_EQ(sentNumbers(1, 9), Numbers());
+}
+
+TEST_F(LogTransaction, NumberingIsKeptWithItsTransaction) {
+    send("11=A|");
+    {
+        Turn const turn(log());
+        log().setNumbering({5, true});
+        log().rollBack();
+        EXPECT_FALSE(log().numbering().asksForReset);
+        log().reset();
+        log().setNumbering({77'000, true});
+        log().commit();
+    }
+    open();
+    EXPECT_EQ(log().numbering().began, 77'000);
+    EXPECT_TRUE(log().numbering().asksForReset);
+    {
+        Turn const turn(log());
+        log().setNumbering({77'000, false});
+        log().commit();
+    }
+    open();
+    EXPECT_FALSE(log().numbering().asksForReset);
+    EXPECT_EQ(log().numbers(), (FixNumbers{1, 1}));
 }
 
 TEST_F(LogTransaction, ResetIsRolledBack) {
     send("11=A|");
-    long long const began = log().numberingBegan();
+    long long const began = log().numbering().began;
     {
         Turn const turn(log());
         log().reset();
         log().append(entry(FixStream::adminOut, 1, "35=A|"));
         log().rollBack();
-        EXPECT_EQ(log().numberingBegan(), began);
+        EXPECT_EQ(log().numbering().began, began);
     }
     EXPECT_EQ(log().numbers(), (FixNumbers{2, 1}));
     EXPECT_EQ(sentNumbers(1, 9), Numbers{1});

@@ -354,6 +354,105 @@ TEST(FixSessionNumbers, AreAskedToBeResetUntilALogonSucceeded) {
     EXPECT_EQ(next.find("|141="), std::string::npos) << next;
 }
 
+TEST(FixSessionNumbers, AreAskedToBeResetByTheNextProcessToo) {
+    WatchedStore store;
+    {
+        RawPair pair({}, &store);
+        pair.us->resetNumbers("reset");
+        pair.us->resetNumbers("and again");
+    }
+    {
+        RawPair pair({}, &store);
+        pair.us->start({});
+        ASSERT_TRUE(pair.peer.accept());
+        EXPECT_NE(pair.peer.waitFor("A").find("|34=1|"), std::string::npos);
+        pair.peer.send("5", "58=not today|");
+        ASSERT_TRUE(pair.ours.waitFor("|58=not today|"));
+    }
+    {
+        RawPair pair({}, &store);
+        pair.us->start({});
+        ASSERT_TRUE(pair.peer.accept());
+        std::string const logon = pair.peer.waitFor("A");
+        EXPECT_NE(logon.find("|34=1|"), std::string::npos) << logon;
+        EXPECT_NE(logon.find("|141=Y|"), std::string::npos) << logon;
+        pair.peer.send("A", "98=0|108=5|141=Y|");
+        ASSERT_TRUE(pair.ours.waitFor("on"));
+    }
+    RawPair pair({}, &store);
+    pair.us->start({});
+    ASSERT_TRUE(pair.peer.accept());
+    std::string const logon = pair.peer.waitFor("A");
+    EXPECT_NE(logon.find("|34=2|"), std::string::npos) << logon;
+    EXPECT_EQ(logon.find("|141="), std::string::npos) << logon;
+}
+
+// The answer to the Logon is lost with its transaction.
+TEST(FixSessionNumbers, AreAskedToBeResetAgainWhenTheLogonCannotBeStored) {
+    StoredPair tested;
+    tested.pair.us->resetNumbers("reset");
+    tested.pair.us->start({});
+    ASSERT_TRUE(tested.pair.peer.accept());
+    ASSERT_FALSE(tested.pair.peer.waitFor("A").empty());
+    tested.store.failingCommits = 1;
+    tested.pair.peer.send("A", "98=0|108=5|141=Y|");
+    ASSERT_TRUE(tested.pair.peer.accept());
+    EXPECT_NE(tested.pair.peer.waitFor("A").find("|141=Y|"), std::string::npos);
+}
+
+// Its numbers are 1 already after that Logon, which must not keep it from asking.
+TEST(FixSessionNumbers, AreAskedToBeResetUntilALogonSucceededWhereAKeySaysSo) {
+    for (char const* key : {"ResetOnLogon", "ResetOnLogout", "ResetOnDisconnect"}) {
+        WatchedStore store;
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            RawPair pair({{key, "Y"}}, &store);
+            pair.us->start({});
+            ASSERT_TRUE(pair.peer.accept());
+            std::string const logon = pair.peer.waitFor("A");
+            EXPECT_NE(logon.find("|34=1|"), std::string::npos) << key << logon;
+            EXPECT_NE(logon.find("|141=Y|"), std::string::npos) << key << logon;
+        }
+    }
+}
+
+TEST(FixSessionNumbers, BeginAgainWhenTheCounterpartyAsksForIt) {
+    WatchedStore store;
+    store.lock();
+    store.setNumbers({7, 9});
+    store.commit();
+    store.unlock();
+    RawPair pair({}, &store);
+    pair.us->start({});
+    ASSERT_TRUE(pair.peer.accept());
+    EXPECT_NE(pair.peer.waitFor("A").find("|34=7|"), std::string::npos);
+    pair.peer.send("A", "98=0|108=5|141=Y|");
+    ASSERT_TRUE(pair.ours.waitFor("on")) << pair.ours.all();
+    EXPECT_EQ(pair.us->nextTargetNumber(), 2);
+    pair.us->stop();
+    pair.us->start({});
+    ASSERT_TRUE(pair.peer.accept());
+    EXPECT_EQ(pair.peer.waitFor("A").find("|141="), std::string::npos);
+}
+
+TEST(FixSessionNumbers, CanBeSetWithARemarkForEach) {
+    StoredPair tested;
+    ASSERT_TRUE(tested.logOn());
+    tested.pair.us->stop();
+    tested.pair.us->setNumbers({5, 4}, {"out by joe", "in by joe"});
+    EXPECT_EQ(tested.pair.us->nextSenderNumber(), 5);
+    EXPECT_EQ(tested.pair.us->nextTargetNumber(), 4);
+    EXPECT_EQ(tested.pair.ours.linesWith("by joe: ").size(), 2u);
+    tested.pair.peer.number = 4;
+    tested.pair.us->start({});
+    ASSERT_TRUE(tested.pair.peer.accept());
+    std::string const logon = tested.pair.peer.waitFor("A");
+    EXPECT_NE(logon.find("|34=5|"), std::string::npos) << logon;
+    EXPECT_EQ(logon.find("|141="), std::string::npos) << logon;
+    tested.pair.peer.send("A", "98=0|108=5|");
+    ASSERT_TRUE(tested.pair.ours.waitFor("on", 2)) << tested.pair.ours.all();
+    EXPECT_TRUE(tested.pair.ours.linesWith("|35=2|").empty());
+}
+
 TEST(FixSessionNumbers, StayWhenTheResetCannotBeStored) {
     StoredPair tested;
     ASSERT_TRUE(tested.logOn());
