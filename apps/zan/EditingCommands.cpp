@@ -1,6 +1,7 @@
 // edit: changes to a message log.
 #include "apps/zan/Command.h"
 #include "apps/zan/ConnectionDictionary.h"
+#include "apps/zan/ExpressionNames.h"
 #include "apps/zan/LogSearch.h"
 #include "apps/zan/MessageInput.h"
 #include "apps/zan/Properties.h"
@@ -35,6 +36,8 @@ public:
     ExitCode run(Context& context) override {
         long const stream = streamOf(stream_);
         Session session(context.settings, context.interrupt);
+        useDictionaryOf(session, name_, context.names);
+        where_ = withTagNumbers(where_, context.names);
         long const count = isGiven(*update_)   ? update(session, stream, context)
                            : isGiven(*delete_) ? remove(session, stream, context)
                                                : insert(session, context);
@@ -79,7 +82,6 @@ private:
     }
 
     long insert(Session& session, Context& context) const {
-        useDictionaryOf(session, name_, context.names);
         Dictionary const& dictionary = context.names.of(propertyOf(session, name_, "BeginString"));
         MessageInput input(messages_, "-", context.interrupt);
         std::vector<counted_ptr<ZANMessage>> batch;

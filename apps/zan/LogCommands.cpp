@@ -1,6 +1,7 @@
 // The commands that read the message log.
 #include "apps/zan/Command.h"
 #include "apps/zan/ConnectionDictionary.h"
+#include "apps/zan/ExpressionNames.h"
 #include "apps/zan/LogSearch.h"
 #include "apps/zan/LogTimes.h"
 #include "apps/zan/ShownMessages.h"
@@ -38,6 +39,8 @@ public:
         Session session(context.settings, context.interrupt);
         search_.connection = session.nameOr(search_.connection);
         shown_.begin(session, search_.connection, context);
+        search_.where = withTagNumbers(search_.where, context.names);
+        search_.orderBy = withTagNumbers(search_.orderBy, context.names);
         search(session, search_, context.interrupt,
                [&](MessageRow const& row) { shown_.print(row, context); });
         return ExitCode::Ok;
@@ -155,7 +158,8 @@ public:
         std::vector<std::vector<std::string>> table;
         std::string const order = newestFirst_ ? "edited DESC, id DESC" : "edited, id";
         session.engine().retrieveMessageLogData(session.ticket(), name, streamOf(stream_), asked,
-                                                where_, order, table);
+                                                withTagNumbers(where_, context.names), order,
+                                                table);
         for (std::size_t row = 1; row < table.size(); ++row) {
             context.output.print(record(table[row], context));
         }

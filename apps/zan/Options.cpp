@@ -101,7 +101,7 @@ Options& Options::stream(std::string& value) {
 
 Options& Options::where(std::string& value) {
     return text(value, "--where", expressionKind,
-                "only what this is true of, such as \"type = '8' AND tag(55) = 'IBM'\"");
+                "only what this is true of, such as \"type = '8' AND Symbol = 'IBM'\"");
 }
 
 Options& Options::yes(bool& value) {

@@ -1,6 +1,8 @@
 // The commands that bring messages to the engine: send, post, resend.
 #include "apps/zan/Command.h"
+#include "apps/zan/ConnectionDictionary.h"
 #include "apps/zan/ConnectionView.h"
+#include "apps/zan/ExpressionNames.h"
 #include "apps/zan/LogFollower.h"
 #include "apps/zan/LogSearch.h"
 #include "apps/zan/LogTimes.h"
@@ -216,11 +218,13 @@ public:
         infra::Time const to =
             to_.empty() ? infra::Time::now() : completed(to_, "99991231-23:59:59.999");
         Session session(context.settings, context.interrupt);
+        useDictionaryOf(session, name_, context.names);
+        std::string const filter = withTagNumbers(where_, context.names);
         if (connects_ || session.isInProcess()) {
             session.connect(name_);
         }
         long const count =
-            session.engine().resendMessages(session.ticket(), name_, from, to, where_);
+            session.engine().resendMessages(session.ticket(), name_, from, to, filter);
         context.output.print({{"name", name_}, {"resent", static_cast<long long>(count)}});
         return ExitCode::Ok;
     }

@@ -1,6 +1,7 @@
 // tail: the end of a message log, and what comes to it.
 #include "apps/zan/Command.h"
 #include "apps/zan/ConnectionView.h"
+#include "apps/zan/ExpressionNames.h"
 #include "apps/zan/LogFollower.h"
 #include "apps/zan/LogSearch.h"
 #include "apps/zan/LogTimes.h"
@@ -37,6 +38,7 @@ public:
         Session session(context.settings, context.interrupt);
         std::string const name = session.nameOr(name_);
         shown_.begin(session, name, context);
+        where_ = withTagNumbers(where_, context.names);
         LogFollower follower(session, name, stream, where_);
         showBeginning(session, name, stream, follower, context);
         if (ends_) {

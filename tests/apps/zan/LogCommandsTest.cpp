@@ -40,6 +40,9 @@ TEST_F(LogCommands, FindEntriesByExpressionStreamIdsAndTime) {
     EXPECT_EQ(column({"log", "--stream", "app-out"}, "type"), "D D ");
     EXPECT_EQ(column({"log", "--where", "type = '8' AND tag(39) = '2'", "--columns", "11"}, "11"),
               "one two ");
+    EXPECT_EQ(
+        column({"log", "--where", "OrdStatus = '2' AND ClOrdID = 'two'", "--columns", "11"}, "11"),
+        "two ");
     EXPECT_EQ(column({"log", "--ids", "1-2"}, "type"), "A A ");
     EXPECT_EQ(column({"log", "--ids", "1"}, "id"), "1 ");
     EXPECT_EQ(column({"log", "--to", "20200101"}, "id"), "");

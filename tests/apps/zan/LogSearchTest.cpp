@@ -1,6 +1,7 @@
 // What people may write for ids and times.
 #include "apps/zan/LogSearch.h"
 #include "apps/zan/ExitCodes.h"
+#include "apps/zan/ExpressionNames.h"
 #include "apps/zan/LogTimes.h"
 #include "infra/Time.h"
 
@@ -88,6 +89,28 @@ TEST(Times, AreNothingElse) {
                              "2026-11-21T09:30ZZ",
                              "+01:00"}) {
         EXPECT_THROW(timeBeginning(text), UsageError) << text;
+    }
+}
+
+std::string numbered(std::string const& expression) {
+    Names names("");
+    return withTagNumbers(expression, names);
+}
+
+TEST(Expressions, MayNameTags) {
+    EXPECT_EQ(numbered("type = '8' AND Symbol = 'IBM'"), "type = '8' AND tag(55) = 'IBM'");
+    EXPECT_EQ(numbered("(ClOrdID)IN('a')OR Text LIKE '%x%'"),
+              "(tag(11))IN('a')OR tag(58) LIKE '%x%'");
+    EXPECT_EQ(numbered("length(Text)>3"), "length(tag(58))>3");
+    EXPECT_EQ(numbered("tag(55) = 'IBM'"), "tag(55) = 'IBM'");
+}
+
+TEST(Expressions, KeepWhatIsNoNameOfATag) {
+    for (char const* text :
+         {"", "text = 'Symbol'", "\"Symbol\" = 1", "[Symbol]", "`Symbol`", "note = 'it''s Symbol'",
+          "1 -- Symbol", "/* Symbol */ 1", "symbol = 1", "SYMBOL = 1", "Symbol (1)",
+          "CAST(seq AS Text)", "XSymbol = 1", "Symbol2 = 1", "'not ended Symbol", "55 = 55"}) {
+        EXPECT_EQ(numbered(text), text);
     }
 }
 
