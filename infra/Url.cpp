@@ -246,6 +246,14 @@ std::string Url::getParameter(std::string const& name, std::string const& defaul
     return found == parameters_.end() ? defaultValue : found->second;
 }
 
+std::vector<std::string> Url::getParameterNames() const {
+    std::vector<std::string> names;
+    for (auto const& [name, value] : parameters_) {
+        names.push_back(name);
+    }
+    return names;
+}
+
 std::string Url::toString() const {
     return shown_;
 }

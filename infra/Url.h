@@ -16,6 +16,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 class ZAN_API Url {
 public:
@@ -46,6 +47,10 @@ public:
     /// The decoded value of a parameter, empty for one without `=`; `defaultValue` when the URL has
     /// no such parameter. Names are compared exactly, after decoding.
     std::string getParameter(std::string const& name, std::string const& defaultValue) const;
+
+    /// The decoded names of all parameters, sorted: for an adapter that refuses those it does not
+    /// know.
+    std::vector<std::string> getParameterNames() const;
 
     /// The text that the URL was made from, with `***` in place of the password.
     std::string toString() const;

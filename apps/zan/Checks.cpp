@@ -20,6 +20,18 @@ namespace zan::cli {
 
 namespace {
 
+// Of what may be shown of a URL: the values of its parameters may be secrets of a transport's.
+std::string withoutValues(Url const& url) {
+    std::string const text = url.toString();
+    std::string shown = text.substr(0, text.find('?'));
+    char separator = '?';
+    for (std::string const& name : url.getParameterNames()) {
+        shown += separator + name + "=***";
+        separator = '&';
+    }
+    return shown;
+}
+
 class Doctor {
 public:
     Doctor(Settings const& settings, bool logsOn, Interrupt& interrupt, CheckSink const& sink)
@@ -64,7 +76,7 @@ private:
         }
         try {
             Url url(settings_.url);
-            tell("URL", CheckResult::Good, url.toString() + " from " + settings_.urlFrom);
+            tell("URL", CheckResult::Good, withoutValues(url) + " from " + settings_.urlFrom);
             return url;
         } catch (InfraException const& failure) {
             tell("URL", CheckResult::Fault, failure.getMessage(),
@@ -127,7 +139,7 @@ private:
 
     void checkEngine() {
         try {
-            Session session(settings_, interrupt_);
+            Session session(settings_, interrupt_, logsOn_ ? Purpose::Changes : Purpose::Reads);
             std::vector<std::string> const names = session.names();
             tell("engine", CheckResult::Good,
                  "it starts; connections: " + std::to_string(names.size()));

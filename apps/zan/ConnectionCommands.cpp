@@ -17,7 +17,7 @@ public:
     }
 
     ExitCode run(Context& context) override {
-        Session session(context.settings, context.interrupt);
+        Session session(context.settings, context.interrupt, Purpose::Reads);
         for (std::string const& name : session.names()) {
             bool const isOn = session.engine().isConnected(session.ticket(), name);
             context.output.print(
@@ -35,7 +35,7 @@ public:
     }
 
     ExitCode run(Context& context) override {
-        Session session(context.settings, context.interrupt);
+        Session session(context.settings, context.interrupt, Purpose::Reads);
         for (std::string const& name : session.namesOr(name_)) {
             context.output.print(stateRecord(session, name));
         }
@@ -181,7 +181,7 @@ public:
     }
 
     ExitCode run(Context& context) override {
-        Session session(context.settings, context.interrupt);
+        Session session(context.settings, context.interrupt, Purpose::Reads);
         for (std::string const& name : session.namesOr(name_)) {
             for (auto const& [key, value] : propertiesOf(session, name)) {
                 context.output.print({{"name", name}, {"key", key}, {"value", value}});

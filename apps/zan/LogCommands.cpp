@@ -36,7 +36,7 @@ public:
         search_.ids = ids_.empty() ? IdRange() : idRangeOf(ids_);
         search_.from = timeBeginning(search_.from);
         search_.to = timeBeginning(search_.to);
-        Session session(context.settings, context.interrupt);
+        Session session(context.settings, context.interrupt, Purpose::Reads);
         search_.connection = session.nameOr(search_.connection);
         shown_.begin(session, search_.connection, context);
         search_.where = withTagNumbers(search_.where, context.names);
@@ -67,7 +67,7 @@ public:
     }
 
     ExitCode run(Context& context) override {
-        Session session(context.settings, context.interrupt);
+        Session session(context.settings, context.interrupt, Purpose::Reads);
         shown_.begin(session, name_, context);
         for (MessageRow const& row : rowsOf(session)) {
             shown_.print(row, context);
@@ -148,7 +148,7 @@ public:
     }
 
     ExitCode run(Context& context) override {
-        Session session(context.settings, context.interrupt);
+        Session session(context.settings, context.interrupt, Purpose::Reads);
         std::string const name = session.nameOr(name_);
         useDictionaryOf(session, name, context.names);
         columns_ = list_.empty() ? std::vector<std::string>{"edited", "user",   "action", "id",

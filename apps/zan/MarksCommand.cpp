@@ -71,7 +71,8 @@ public:
     }
 
     ExitCode run(Context& context) override {
-        Session session(context.settings, context.interrupt);
+        Session session(context.settings, context.interrupt,
+                        resets_ ? Purpose::Changes : Purpose::Reads);
         Subscriber subscriber(session);
         if (resets_) {
             reset(subscriber, context);

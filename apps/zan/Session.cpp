@@ -25,13 +25,22 @@ Url urlOf(Settings const& settings) {
     }
 }
 
+// The URL as it is when it says itself whether a data folder is to be made.
+Url makingNothing(Url const& url, std::string const& text) {
+    if (!url.getParameter("create", "").empty()) {
+        return url;
+    }
+    return {text + (text.find('?') == std::string::npos ? "?" : "&") + "create=no"};
+}
+
 } // namespace
 
-Session::Session(Settings const& settings, Interrupt& interrupt)
+Session::Session(Settings const& settings, Interrupt& interrupt, Purpose purpose)
     : interrupt_(interrupt), ticket_(settings.user, settings.secret) {
     Url const url = urlOf(settings);
     isInProcess_ = url.getProtocol() == "embedded";
-    ZANEngineProxy::initialize(url);
+    bool const makesNothing = isInProcess_ && purpose == Purpose::Reads;
+    ZANEngineProxy::initialize(makesNothing ? makingNothing(url, settings.url) : url);
 }
 
 Session::~Session() {

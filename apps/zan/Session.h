@@ -14,11 +14,15 @@
 
 namespace zan::cli {
 
+/// What a command does with the engine's data.
+enum class Purpose { Reads, Changes };
+
 class Session {
 public:
     /// Starts the facade. Throws what `ZANEngineProxy::initialize` throws, and
     /// `WrongConfigurationException` when there is no URL or when it is none.
-    Session(Settings const& settings, Interrupt& interrupt);
+    /// An engine in this process makes its data folder, if it is missing, for changes only.
+    Session(Settings const& settings, Interrupt& interrupt, Purpose purpose = Purpose::Changes);
 
     /// Ends the facade: with an engine in this process, every connection is logged out.
     ~Session();

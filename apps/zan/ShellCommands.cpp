@@ -53,7 +53,7 @@ public:
     }
 
     ExitCode run(Context& context) override {
-        Session session(context.settings, context.interrupt);
+        Session session(context.settings, context.interrupt, Purpose::Reads);
         for (std::string const& name : session.names()) {
             context.output.printText(name + "\n");
         }

@@ -35,7 +35,8 @@ public:
 
     ExitCode run(Context& context) override {
         long const stream = streamOf(stream_);
-        Session session(context.settings, context.interrupt);
+        Session session(context.settings, context.interrupt,
+                        connects_ ? Purpose::Changes : Purpose::Reads);
         std::string const name = session.nameOr(name_);
         shown_.begin(session, name, context);
         where_ = withTagNumbers(where_, context.names);

@@ -105,6 +105,12 @@ TEST(Url, PassesOverEmptyParameters) {
     EXPECT_EQ("d", url.getParameter("c", "none"));
 }
 
+TEST(Url, ListsTheNamesOfItsParameters) {
+    EXPECT_EQ(Url("embedded:a?data=x&cl%69ent").getParameterNames(),
+              (std::vector<std::string>{"client", "data"}));
+    EXPECT_TRUE(Url("embedded:a").getParameterNames().empty());
+}
+
 TEST(Url, CopiesAreIndependent) {
     Url url("p://h/x");
     Url const copy(url);

@@ -1,19 +1,8 @@
 #include "transports/embedded/DemoCounterparty.h"
 
-#include "server/engine/DataFolder.h"
-
-#include <filesystem>
-#include <system_error>
-
 namespace zan::embedded {
 
-DemoCounterparty::DemoCounterparty()
-    : counterparty_(server::CounterpartySettings{}), folder_(server::DataFolder::makeTemporary()) {}
-
-DemoCounterparty::~DemoCounterparty() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-}
+DemoCounterparty::DemoCounterparty() : counterparty_(server::CounterpartySettings{}) {}
 
 std::vector<server::ConnectionSettings> DemoCounterparty::connections() const {
     server::CounterpartySettings const names;

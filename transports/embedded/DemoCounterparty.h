@@ -7,6 +7,7 @@
 
 #include "server/config/SessionFile.h"
 #include "server/counterparty/Counterparty.h"
+#include "transports/embedded/TemporaryFolder.h"
 
 #include <string>
 #include <vector>
@@ -16,21 +17,20 @@ namespace zan::embedded {
 class DemoCounterparty {
 public:
     /// Listens on a loopback port that the system picks, and makes a fresh folder for the engine's
-    /// data. Throws `WrongConfigurationException`.
+    /// data, which goes with this object: the engine must have stopped then. Throws
+    /// `WrongConfigurationException`.
     DemoCounterparty();
 
-    /// Removes the folder: the engine must have stopped.
-    ~DemoCounterparty();
     DemoCounterparty(DemoCounterparty const&) = delete;
     DemoCounterparty& operator=(DemoCounterparty const&) = delete;
 
     /// One connection, `DEMO`.
     std::vector<server::ConnectionSettings> connections() const;
-    std::string const& dataFolder() const { return folder_; }
+    std::string const& dataFolder() const { return folder_.path(); }
 
 private:
     server::Counterparty counterparty_;
-    std::string const folder_;
+    TemporaryFolder const folder_;
 };
 
 } // namespace zan::embedded

@@ -6,7 +6,9 @@
 #include "transports/embedded/RunningAdapters.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 namespace zan::embedded {
@@ -68,8 +70,21 @@ std::shared_ptr<server::Engine> EmbeddedEngineAdapter::start(std::string const& 
         demo_ = std::make_unique<DemoCounterparty>();
         return server::Engine::make(demo_->connections(), demo_->dataFolder(), sink);
     }
-    std::string const data = getConfigProvider().getProperty("engine.data", config + ".data");
-    return server::Engine::make(server::readSessionFile(config), data, sink);
+    std::vector<server::ConnectionSettings> const connections = server::readSessionFile(config);
+    return server::Engine::make(connections, dataFolder(config), sink);
+}
+
+std::string EmbeddedEngineAdapter::dataFolder(std::string const& config) {
+    std::string const folder = getConfigProvider().getProperty("engine.data", config + ".data");
+    std::string const create = getConfigProvider().getProperty("engine.create", "yes");
+    if (create != "yes" && create != "no") {
+        throw WrongConfigurationException("engine.create=" + create + ": yes or no would be right");
+    }
+    std::error_code unknown;
+    if (create == "yes" || std::filesystem::exists(folder, unknown) || unknown) {
+        return folder;
+    }
+    return nothing_.emplace().path();
 }
 
 void EmbeddedEngineAdapter::uninitialize() {
@@ -88,6 +103,7 @@ void EmbeddedEngineAdapter::uninitialize() {
     engine->stop();
     engine.reset();
     demo_.reset();
+    nothing_.reset();
 }
 
 bool EmbeddedEngineAdapter::isThreadSafe() {

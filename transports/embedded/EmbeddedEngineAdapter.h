@@ -13,6 +13,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,7 +24,8 @@ namespace zan::embedded {
 /// (default: the session file's name with `.data` behind it); `engine.client`, the name under which
 /// the marks of guaranteed listeners are kept (default: the user of the ticket that attaches one);
 /// `engine.metrics`, the port or `<address>:<port>` where `/metrics` and `/healthz` are served
-/// (default: nowhere).
+/// (default: nowhere); `engine.create`, `yes` (the default) or `no`: a data folder that is not
+/// there is not made, the engine has nothing in store then and keeps nothing.
 ///
 /// After `uninitialize` every operation throws `ZANEngineException`.
 class EmbeddedEngineAdapter final : public ZANEngineAdapterBase {
@@ -103,6 +105,7 @@ public:
 
 private:
     std::shared_ptr<server::Engine> start(std::string const& config);
+    std::string dataFolder(std::string const& config);
     void forget();
     std::unique_ptr<server::MetricsEndpoint> openMetrics() const;
     void report(counted_ptr<ZANEvent> const& event);
@@ -118,6 +121,7 @@ private:
 
     server::GuaranteedAdapters guaranteedListeners_;
     std::unique_ptr<DemoCounterparty> demo_;
+    std::optional<TemporaryFolder> nothing_; // in place of a data folder that must not be made
     mutable std::mutex engineMutex_;
     std::shared_ptr<server::Engine> engine_;
     std::unique_ptr<server::MetricsEndpoint> metrics_;

@@ -2,11 +2,34 @@
 #include "adapter/AdapterModule.h"
 #include "adapter/IZANEngineAdapterFactory.h"
 #include "infra/WrongConfigurationException.h"
+#include "server/config/Spelling.h"
 #include "transports/embedded/EmbeddedEngineAdapter.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
 
 namespace zan::embedded {
 
 namespace {
+
+// Each is the property `engine.<name>`.
+constexpr std::array<std::string_view, 4> urlParameters = {"client", "create", "data", "metrics"};
+
+// Only its name is told: a value may be a secret.
+void checkParameters(Url const& url) {
+    for (std::string const& name : url.getParameterNames()) {
+        if (std::ranges::find(urlParameters, name) != urlParameters.end()) {
+            continue;
+        }
+        std::string_view const nearest =
+            server::nearestWord(name, {urlParameters.begin(), urlParameters.end()});
+        throw WrongConfigurationException(
+            "embedded:" + url.getPath() + ": nobody knows the parameter \"" + name + "\"; " +
+            (nearest.empty() ? "client, create, data or metrics" : std::string(nearest)) +
+            " would be right");
+    }
+}
 
 // `embedded:<file>?data=<folder>&client=<name>&metrics=<port>` as the properties that the adapter
 // reads.
@@ -18,6 +41,7 @@ public:
                 url.toString() + ": names no session file; embedded:<file>?data=<folder> or "
                                  "embedded:demo would be right");
         }
+        checkParameters(url_);
     }
 
     std::string getProperty(std::string const& name,
@@ -25,9 +49,9 @@ public:
         if (name == "engine.config") {
             return url_.getPath();
         }
-        for (char const* const parameter : {"client", "data", "metrics"}) {
-            if (name == std::string("engine.") + parameter) {
-                return url_.getParameter(parameter, defaultValue);
+        for (std::string_view const parameter : urlParameters) {
+            if (name == "engine." + std::string(parameter)) {
+                return url_.getParameter(std::string(parameter), defaultValue);
             }
         }
         return defaultValue;
@@ -57,7 +81,7 @@ counted_ptr<IZANEngineAdapter> createFromUrl(Url const& url) {
 ZAN_ADAPTER_MODULE(embedded, zan::embedded::createFromUrl);
 
 /// A factory for applications that configure the engine by a provider with the properties
-/// `engine.config`, `engine.data`, `engine.client` and `engine.metrics`.
+/// `engine.config`, `engine.data`, `engine.client`, `engine.metrics` and `engine.create`.
 ZAN_ALLOW_CLASS_RESULT_BEGIN
 extern "C" ZAN_API counted_ptr<IZANEngineAdapterFactory> create_embedded_engineadapterfactory() {
     return counted_ptr<IZANEngineAdapterFactory>(new zan::embedded::EmbeddedEngineAdapterFactory);

@@ -86,6 +86,23 @@ TEST_F(ConnectionCommands, AskBeforeAReset) {
     EXPECT_EQ(run.code, 0) << run.output;
 }
 
+TEST_F(ConnectionCommands, ThatOnlyReadMakeNoDataFolder) {
+    useCounterparty();
+    std::string const data = folder_ + "/sessions.cfg.data";
+    std::vector<std::vector<std::string>> const reading = {
+        {"connections"}, {"state"},  {"properties"},
+        {"log"},         {"audit"},  {"chain", "C", "one"},
+        {"marks"},       {"doctor"}, {"tail", "--no-follow"},
+        {"decode"},      {"modules"}};
+    for (std::vector<std::string> const& command : reading) {
+        zan(command, "35=0|");
+        EXPECT_FALSE(std::filesystem::exists(data)) << command.front();
+    }
+    EXPECT_EQ(zan({"log"}).code, 0);
+    EXPECT_EQ(zan({"ping"}).code, 0);
+    EXPECT_TRUE(std::filesystem::exists(data));
+}
+
 struct Failure {
     char const* name;
     std::vector<std::string> arguments;

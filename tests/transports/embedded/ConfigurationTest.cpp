@@ -118,6 +118,41 @@ TEST_F(ConfigurationTest, GivesADataFolderToOneEngineAtATime) {
                            "; one engine owns a data folder at a time");
 }
 
+TEST_F(ConfigurationTest, RefusesAParameterThatNobodyKnows) {
+    port_ = 5001;
+    std::string const file = writeSessionFile(sessionText());
+    EXPECT_EQ(refusalOf("embedded:" + file + "?dta=secret"),
+              "embedded:" + file + ": nobody knows the parameter \"dta\"; data would be right");
+    EXPECT_EQ(refusalOf("embedded:demo?data=x&Metrics=0"),
+              "embedded:demo: nobody knows the parameter \"Metrics\"; metrics would be right");
+    EXPECT_EQ(refusalOf("embedded:" + file + "?colour=red"),
+              "embedded:" + file +
+                  ": nobody knows the parameter \"colour\"; client, create, data or metrics would "
+                  "be right");
+    EXPECT_FALSE(std::filesystem::exists(file + ".data"));
+}
+
+TEST_F(ConfigurationTest, MakesNoDataFolderWhereNoneIsWanted) {
+    port_ = 5001;
+    std::string const file = writeSessionFile(sessionText());
+    EXPECT_EQ(refusalOf("embedded:" + file + "?create=maybe"),
+              "engine.create=maybe: yes or no would be right");
+    ZANEngineProxy::initialize(Url("embedded:" + file + "?create=no"));
+    EXPECT_TRUE(engine().getMessageIds(me, "C", -1, false).empty());
+    ZANEngineProxy::uninitialize();
+    EXPECT_FALSE(std::filesystem::exists(file + ".data"));
+}
+
+TEST_F(ConfigurationTest, UsesADataFolderThatIsThere) {
+    startAcceptor();
+    std::string const file = writeSessionFile(sessionText());
+    ZANEngineProxy::initialize(Url("embedded:" + file));
+    engine().postInternalMessage(me, "C", "35=B|148=kept|33=1|58=x");
+    ZANEngineProxy::uninitialize();
+    ZANEngineProxy::initialize(Url("embedded:" + file + "?create=no"));
+    EXPECT_EQ(engine().getMessageIds(me, "C", -1, false).size(), 1U);
+}
+
 class Properties : public IZANEngineConfigProvider {
 public:
     explicit Properties(std::map<std::string, std::string> values) : values_(std::move(values)) {}
