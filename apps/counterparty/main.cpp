@@ -18,7 +18,8 @@ An order with a price below 1 rests until it is cancelled.
   --sender ID        its own CompID (COUNTERPARTY)
   --target ID        the CompID of the client (CLIENT)
   --begin-string V   FIX.4.2 or FIX.4.4 (the default)
-  --store FOLDER     keep sequence numbers and messages there, so that they survive a restart
+  --store FOLDER     keep sequence numbers, messages and ids there, so that they go on after a
+                     restart
   --help             this text
 
 Ends on SIGTERM and SIGINT, after a Logout to a client that is logged on.

@@ -3,6 +3,7 @@
 #include "server/counterparty/OrderDesk.h"
 #include "server/log/MessageLog.h"
 #include "server/sessions/FixAcceptor.h"
+#include "server/wire/FieldText.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -29,6 +30,7 @@ public:
     void trouble(FixTrouble kind, std::string const& text) override;
 
 private:
+    void resumeDesk();
     void answer(std::vector<FixOutgoing> const& messages);
     void print(char direction, std::string const& text);
 
@@ -69,7 +71,28 @@ Counterparty::Trader::Trader(CounterpartySettings const& settings, Printer print
     : printer_(std::move(printer)), desk_(settings.beginString), log_(openLog(settings)),
       acceptor_(FixAcceptor::listen(settings.address, settings.port)),
       session_(&acceptor_->add(sessionSettings(settings, log_.get()), *this)) {
+    resumeDesk();
     acceptor_->start();
+}
+
+// The newest report has the last execution, the newest acknowledgement the last order.
+void Counterparty::Trader::resumeDesk() {
+    if (!log_)
+        return;
+    struct Found {};
+    LogQuery reports;
+    reports.stream = static_cast<int>(FixStream::appOut);
+    reports.where = "type = '8'";
+    reports.newestFirst = true;
+    try {
+        log_->read(reports, [&](FixEntry&& report) {
+            desk_.goOnBehind(report.text);
+            if (valueOf(report.text, 39) == "0")
+                throw Found();
+        });
+    } catch (Found const&) {
+        // The older ones have smaller numbers.
+    }
 }
 
 void Counterparty::Trader::logOut(std::string const& reason) {

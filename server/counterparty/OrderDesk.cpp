@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
 #include <set>
+#include <string_view>
 
 namespace zan::server {
 
@@ -46,6 +48,17 @@ std::string now() {
     std::snprintf(buffer.data() + length, buffer.size() - length, ".%03d",
                   static_cast<int>(millis % 1000));
     return buffer.data();
+}
+
+constexpr std::string_view orderIdBegins = "O-";
+constexpr std::string_view execIdBegins = "E-";
+
+// The number of an id that begins so; 0 for any other.
+long long numberIn(std::string const& id, std::string_view begins) {
+    long long number = 0;
+    if (id.compare(0, begins.size(), begins) == 0)
+        std::from_chars(id.data() + begins.size(), id.data() + id.size(), number);
+    return number;
 }
 
 } // namespace
@@ -89,6 +102,12 @@ struct OrderDesk::Order {
 
 OrderDesk::OrderDesk(std::string const& beginString) : fix42_(beginString < "FIX.4.3") {}
 
+void OrderDesk::goOnBehind(std::string const& report) {
+    Request const sent(report);
+    lastOrder_ = std::max(lastOrder_, numberIn(sent.value(orderId), orderIdBegins));
+    lastExecution_ = std::max(lastExecution_, numberIn(sent.value(execId), execIdBegins));
+}
+
 std::vector<DeskReply> OrderDesk::handle(std::string const& message) {
     Request const request(message);
     std::string const type = request.value(msgType);
@@ -107,7 +126,7 @@ std::vector<DeskReply> OrderDesk::placeOrder(Request const& request) {
     if (!wrong.empty())
         return {rejectOrder(request, wrong)};
     auto const order = std::make_shared<Order>();
-    order->id = "O-" + std::to_string(++lastOrder_);
+    order->id = std::string(orderIdBegins) + std::to_string(++lastOrder_);
     order->clientOrderId = request.value(clOrdId);
     order->repeated = request.repeated();
     order->quantity = *parseDecimal(request.value(orderQty));
@@ -173,7 +192,7 @@ DeskReply OrderDesk::report(Order const& order, char type, FixFields const& more
     FixFields body = {{orderId, order.id}, {clOrdId, order.clientOrderId}};
     if (!order.originalId.empty())
         body.push_back({origClOrdId, order.originalId});
-    body.push_back({execId, "E-" + std::to_string(++lastExecution_)});
+    body.push_back({execId, std::string(execIdBegins) + std::to_string(++lastExecution_)});
     if (fix42_)
         body.push_back({execTransType, "0"});
     body.push_back({execType, std::string(1, type)});

@@ -28,6 +28,10 @@ public:
     /// `beginString` decides between the execution types of FIX 4.2 and of later versions.
     explicit OrderDesk(std::string const& beginString);
 
+    /// Lets the ids of orders and executions go on behind those of a report that an earlier desk
+    /// has sent, so that none is given twice.
+    void goOnBehind(std::string const& report);
+
     /// Answers an application message: orders (D) and cancels (F) with reports and rejects, other
     /// types with a business reject. An order that makes no sense is answered by a report with
     /// OrdStatus 8 and the reason in the Text.

@@ -128,6 +128,9 @@ TEST(Counterparty, GoesOnWithWhatIsInItsStore) {
     // What the client has taken already it drops.
     EXPECT_TRUE(printed.waitFor("|35=8|34=3|43=Y|"));
     EXPECT_TRUE(client.events.linesWith("|141=Y|").empty());
+    client.send("D", {{11, "B"}, {55, "IBM"}, {54, "1"}, {38, "1"}, {40, "1"}});
+    EXPECT_TRUE(printed.waitFor("|37=O-2|11=B|17=E-3|"));
+    EXPECT_TRUE(printed.waitFor("|37=O-2|11=B|17=E-4|"));
     counterparty.reset();
     std::filesystem::remove_all(folder);
 }

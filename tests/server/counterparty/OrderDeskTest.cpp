@@ -180,4 +180,14 @@ TEST(OrderDesk, DoesNotAnswerABusinessReject) {
     EXPECT_TRUE(desk.handle(message("j", "45=1|372=8|380=3|")).empty());
 }
 
+TEST(OrderDesk, GivesNoIdTwiceThatAnEarlierDeskHasGiven) {
+    OrderDesk desk("FIX.4.4");
+    desk.goOnBehind(message("8", "37=O-41|17=E-99|39=0|"));
+    desk.goOnBehind(message("8", "37=O-7|17=E-8|39=0|"));
+    desk.goOnBehind(message("8", "37=NONE|17=X|39=8|"));
+    auto const replies = desk.handle(message("D", order));
+    ASSERT_FALSE(replies.empty());
+    EXPECT_EQ(values(replies.front(), {37, 17}), "O-42 E-100 ");
+}
+
 } // namespace
