@@ -45,10 +45,26 @@ function(zan_install_library package_dir)
         COMPONENT devel)
 endfunction()
 
-# Modules and programs find the library beside them, wherever the prefix is moved to.
+# Modules and programs find the library beside them, wherever the prefix is moved to. They are built
+# with the RUNPATH that they are installed with: one that CMake keeps room in for a later change ends
+# in empty entries, and these make the loader look into the working folder.
+function(zan_find_library_beside)
+    set_target_properties(${ARGN} PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+    foreach(target IN LISTS ARGN)
+        get_target_property(type ${target} TYPE)
+        if(type STREQUAL EXECUTABLE)
+            file(RELATIVE_PATH installed ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+            file(RELATIVE_PATH built ${ZAN_BINARY_DIR} ${ZAN_LIBRARY_DIR})
+            set(folders "$ORIGIN/${installed}" "$ORIGIN/${built}")
+            list(REMOVE_DUPLICATES folders)
+        else()
+            set(folders "$ORIGIN/..")
+        endif()
+        set_target_properties(${target} PROPERTIES INSTALL_RPATH "${folders}")
+    endforeach()
+endfunction()
+
 function(zan_install_modules_and_programs)
-    file(RELATIVE_PATH lib_of_bin
-        ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     if(ZAN_BUILD_TRANSPORTS)
         zan_targets_below(modules ${PROJECT_SOURCE_DIR}/transports MODULE_LIBRARY)
     endif()
@@ -56,12 +72,12 @@ function(zan_install_modules_and_programs)
         zan_targets_below(programs ${PROJECT_SOURCE_DIR}/apps EXECUTABLE)
     endif()
     if(modules)
-        set_target_properties(${modules} PROPERTIES INSTALL_RPATH "$ORIGIN/..")
+        zan_find_library_beside(${modules})
         install(TARGETS ${modules} DESTINATION ${CMAKE_INSTALL_LIBDIR}/zanengine
             COMPONENT transports)
     endif()
     if(programs)
-        set_target_properties(${programs} PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_of_bin}")
+        zan_find_library_beside(${programs})
         install(TARGETS ${programs} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
     endif()
 endfunction()
@@ -87,11 +103,8 @@ function(zan_install_conformance package_dir)
     if(NOT TARGET zan_conformance OR TARGET gtest)
         return()
     endif()
-    file(RELATIVE_PATH lib_of_bin
-        ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-    set_target_properties(zan-conformance PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_of_bin}")
+    zan_find_library_beside(zan-conformance faultengineadapter)
     install(TARGETS zan-conformance DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-    set_target_properties(faultengineadapter PROPERTIES INSTALL_RPATH "$ORIGIN/..")
     install(TARGETS faultengineadapter DESTINATION ${CMAKE_INSTALL_LIBDIR}/zanengine
         COMPONENT tools)
     install(TARGETS zan_conformance EXPORT ZANEngineConformanceTargets

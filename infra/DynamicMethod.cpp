@@ -7,14 +7,22 @@
 #include <cstddef>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <filesystem>
 #include <string_view>
-#include <utility>
+#include <system_error>
 #include <vector>
 
 namespace {
 
+// A folder that is named from the working folder, named from the root.
+std::string fromRoot(std::string const& folder) {
+    std::error_code unknown;
+    auto const absolute = std::filesystem::absolute(folder, unknown);
+    return unknown ? folder : absolute.string();
+}
+
 // Where the modules of this library are installed; empty when the platform cannot tell.
-std::string moduleFolder() {
+std::string findModuleFolder() {
 #ifdef ZAN_MODULE_FOLDER
     return ZAN_MODULE_FOLDER;
 #else
@@ -23,10 +31,22 @@ std::string moduleFolder() {
     if (dladdr(&insideThisLibrary, &library) == 0 || !library.dli_fname) {
         return {};
     }
-    std::string const file(library.dli_fname);
-    std::size_t const slash = file.rfind('/');
-    return (slash == std::string::npos ? "." : file.substr(0, slash)) + "/zanengine";
+    auto const folder = std::filesystem::path(library.dli_fname).parent_path();
+    std::error_code unknown;
+    auto const real = std::filesystem::canonical(folder.empty() ? "." : folder, unknown);
+    return unknown ? std::string() : (real / "zanengine").string();
 #endif
+}
+
+// Never destroyed: modules are also looked for while the process ends.
+std::string const& moduleFolder() {
+    static auto const* const folder = new std::string(findModuleFolder());
+    return *folder;
+}
+
+// The loader may know the library by a path from the working folder, which is left later.
+[[gnu::constructor]] void keepModuleFolder() {
+    moduleFolder();
 }
 
 // In the order in which they are tried. A name without a folder sends the loader on its own search.
@@ -75,12 +95,12 @@ std::vector<std::string> getModuleFolders() {
     while (!rest.empty()) {
         std::string_view const folder = rest.substr(0, rest.find(':'));
         if (!folder.empty()) {
-            folders.emplace_back(folder);
+            folders.push_back(fromRoot(std::string(folder)));
         }
         rest.remove_prefix(std::min(rest.size(), folder.size() + 1));
     }
-    if (std::string own = moduleFolder(); !own.empty()) {
-        folders.push_back(std::move(own));
+    if (!moduleFolder().empty()) {
+        folders.push_back(moduleFolder());
     }
     return folders;
 }

@@ -19,8 +19,9 @@
 /// already are looked at.
 ///
 /// A module is the file `lib<module>.so` or else `<module>.so`. It is looked for in the folders of
-/// the environment variable `ZAN_ADAPTER_PATH` (separated by colons; not read in a program that
-/// runs with more rights than its user), then in the folder where the library's own modules are
+/// the environment variable `ZAN_ADAPTER_PATH` (separated by colons; an empty entry names none, a
+/// relative one counts from the working folder of the moment; not read in a program that runs with
+/// more rights than its user), then in the folder where the library's own modules are
 /// installed, then in the places that the platform searches. A file that cannot be loaded does not
 /// end the search.
 ///
@@ -30,7 +31,7 @@
 ZAN_API void* getDynamicMethod(std::string const& module, std::string const& function, bool load);
 
 /// The folders in which modules are looked for before the places that the platform searches, in
-/// that order. They need not exist.
+/// that order, each from the root. They need not exist.
 ZAN_API std::vector<std::string> getModuleFolders();
 
 #endif

@@ -90,7 +90,7 @@ constexpr char const* surroundings =
 What the options \-\-url, \-\-user and \-\-secret tell; the options go before them.
 .TP
 \fBZAN_ADAPTER_PATH\fR
-Folders with adapter modules, separated by colons.
+Folders with adapter modules, separated by colons; relative ones count from the working folder.
 .TP
 \fBNO_COLOR\fR
 When it is not empty there are no colours, unless \-\-color asks for them.

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# check_install.sh <build tree>: installs the build into a fresh prefix, moves the prefix away, and
-# proves it by projects outside the tree: a CMake package, pkg-config, adapter modules, the adapter
-# kit, the steps of the adapter guide. Then takes the project as a subproject.
+# check_install.sh <build tree>: installs the build into a fresh prefix, moves the prefix away, looks
+# at where its programs look for libraries, and proves it by projects outside the tree: a CMake
+# package, pkg-config, adapter modules, the adapter kit, the steps of the adapter guide. Then takes
+# the project as a subproject.
 set -euo pipefail
 source "$(dirname "$0")/common.sh"
 tree=$(cd "$1" && pwd)
@@ -32,6 +33,9 @@ mkdir "$work/sources"
 cp -r "$ROOT/tests/consumers/." "$prefix/share/zanengine/." "$work/sources/"
 libdir=$(dirname "$(find "$prefix" -name libzanengine.so)")
 modules=$libdir/zanengine
+
+say "no program or library is looked for in the working folder"
+python3 "$ROOT/scripts/lib/check_runpaths.py" "$tree" "$prefix"
 
 say "an adapter module, by find_package(ZANEngine)"
 build_outside "$work/sources/adapter" module -DCMAKE_PREFIX_PATH="$prefix"

@@ -2,9 +2,12 @@
 
 #include "infra/InfraException.h"
 
+#include "support/ChildProcess.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 
@@ -138,7 +141,30 @@ TEST_F(DynamicMethod, NamesTheFoldersInTheOrderInWhichTheyAreSearched) {
     EXPECT_EQ("zanengine", folders[2].substr(folders[2].rfind('/') + 1));
 }
 
+TEST_F(DynamicMethod, TakesARelativeFolderFromTheWorkingFolderOfTheMoment) {
+    auto const home = std::filesystem::current_path();
+    lookIn("second:./first");
+    std::filesystem::current_path(ZAN_TEST_MODULES);
+    std::vector<std::string> const folders = getModuleFolders();
+    int const answer = call("zantestfromhere");
+    std::filesystem::current_path("/");
+    std::vector<std::string> const foldersElsewhere = getModuleFolders();
+    std::string const message = failure("zantestabsent");
+    std::filesystem::current_path(home);
+    EXPECT_EQ(111, answer);
+    EXPECT_EQ(folder("second"), folders[0]);
+    EXPECT_EQ(folder("./first"), folders[1]);
+    EXPECT_EQ("/second", foldersElsewhere[0]);
+    EXPECT_NE(std::string::npos, message.find("\n  /second/libzantestabsent.so: ")) << message;
+}
+
 #ifdef ZAN_TEST_BESIDE_LIBRARY
+TEST_F(DynamicMethod, FindsTheLibrarysFolderAfterTheWorkingFolderWasLeft) {
+    ChildProcess program("/bin/sh", {"-c", "cd " ZAN_TEST_LIBRARIES
+                                           "/.. && LD_LIBRARY_PATH=lib exec " ZAN_TEST_ELSEWHERE});
+    EXPECT_EQ("loaded from lib, answers 101", program.waitForLine("loaded"));
+}
+
 TEST_F(DynamicMethod, LooksBesideTheLibraryLast) {
     unsetenv("ZAN_ADAPTER_PATH");
     EXPECT_EQ(101, call("zantestbeside"));
