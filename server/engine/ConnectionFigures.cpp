@@ -74,6 +74,9 @@ bool Connection::isListenerStuck() const {
 
 void Connection::maintain() {
     log_.maintain();
+    if (std::string const found = log_.takeFinding(); !found.empty()) {
+        trouble(FixTrouble::storage, found);
+    }
     if (log_.worksAgain()) {
         watch_.stored();
     }

@@ -1,12 +1,20 @@
 #include "server/log/FrameWrites.h"
 
+#include "server/log/AheadFile.h"
 #include "server/log/MessageLog.h"
+#include "server/log/PrivateFile.h"
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace zan::server {
 
@@ -14,159 +22,177 @@ namespace {
 
 constexpr char const* ownName = "zan-log";
 constexpr char const* plainName = "unix-excl";
-constexpr int headerSize = 24;
 constexpr int largestPage = 4096;
+constexpr int sectorSize = 4096;
 
 sqlite3_vfs* plainFileSystem() {
     static sqlite3_vfs* const found = sqlite3_vfs_find(plainName);
     return found;
 }
 
-/// A write-ahead log. It holds the header of a frame back until the page comes, which SQLite writes
-/// right after it. Only a header that is appended is held: SQLite also writes headers anew, without
-/// their pages.
+/// The write-ahead log of one connection. It holds the header of a frame back until the page comes,
+/// which SQLite writes right after it. Only a header that is appended is held: SQLite also writes
+/// headers anew, without their pages.
 class AheadLog {
 public:
-    /// Lies at the beginning of the memory that SQLite has for it, the plain file behind it.
-    AheadLog() { base_.pMethods = &methods; }
+    /// Lies at the beginning of the memory that SQLite has for it.
+    explicit AheadLog(std::shared_ptr<AheadFile> file) : file_(std::move(file)) {
+        base_.pMethods = &methods;
+    }
 
     static AheadLog& of(sqlite3_file* file) { return *reinterpret_cast<AheadLog*>(file); }
+    static bool is(sqlite3_file const* file) { return file && file->pMethods == &methods; }
 
-    sqlite3_file* plain() { return reinterpret_cast<sqlite3_file*>(this + 1); }
+    std::shared_ptr<AheadFile> const& file() const { return file_; }
 
-    int write(void const* bytes, int count, sqlite3_int64 offset) {
-        if (isHolding_ && offset == next_ + headerSize && count <= largestPage) {
-            std::memcpy(frame_ + headerSize, bytes, static_cast<std::size_t>(count));
+    bool write(void const* bytes, int count, sqlite3_int64 offset) {
+        if (isHolding_ && offset == next_ + frameHeadSize && count <= largestPage) {
+            std::memcpy(frame_ + frameHeadSize, bytes, static_cast<std::size_t>(count));
             isHolding_ = false;
-            return writeNow(frame_, headerSize + count, next_);
+            return writeNow(frame_, frameHeadSize + count, next_);
         }
-        if (int const code = letGo(); code != SQLITE_OK) {
-            return code;
+        if (!letGo()) {
+            return false;
         }
-        if (count == headerSize && offset == next_) {
-            std::memcpy(frame_, bytes, headerSize);
+        if (count == frameHeadSize && offset == next_) {
+            std::memcpy(frame_, bytes, frameHeadSize);
             isHolding_ = true;
-            return SQLITE_OK;
+            return true;
         }
         return writeNow(bytes, count, offset);
     }
 
     /// Writes a header whose page has not come.
-    int letGo() {
-        if (!isHolding_) {
-            return SQLITE_OK;
-        }
-        isHolding_ = false;
-        return writeNow(frame_, headerSize, next_);
+    bool letGo() {
+        return !std::exchange(isHolding_, false) || writeNow(frame_, frameHeadSize, next_);
     }
 
 private:
     static sqlite3_io_methods const methods;
 
-    int writeNow(void const* bytes, int count, sqlite3_int64 offset) {
-        int const code = plain()->pMethods->xWrite(plain(), bytes, count, offset);
-        next_ = code == SQLITE_OK ? offset + count : nowhere;
-        return code;
+    bool writeNow(void const* bytes, int count, sqlite3_int64 offset) {
+        bool const isWritten = file_->write(bytes, static_cast<std::size_t>(count), offset);
+        next_ = isWritten ? offset + count : nowhere;
+        return isWritten;
     }
 
     static constexpr sqlite3_int64 nowhere = -1;
 
     sqlite3_file base_ = {};
+    std::shared_ptr<AheadFile> file_;
     sqlite3_int64 next_ = nowhere; ///< behind what was written last
     bool isHolding_ = false;
-    unsigned char frame_[headerSize + largestPage];
+    unsigned char frame_[frameHeadSize + largestPage];
 };
 
-static_assert(sizeof(AheadLog) % alignof(sqlite3_int64) == 0, "the plain file lies behind it");
+int failureOfWriting(int otherwise) {
+    return errno == ENOSPC ? SQLITE_FULL : otherwise;
+}
 
-// Whatever else is asked goes to the plain file, when it has everything.
-template <class Call>
-int complete(sqlite3_file* file, Call call) {
+// Whatever else is asked goes to the file, when it has everything.
+AheadFile* complete(sqlite3_file* file) {
     AheadLog& log = AheadLog::of(file);
-    int const code = log.letGo();
-    return code == SQLITE_OK ? call(log.plain()) : code;
+    return log.letGo() ? log.file().get() : nullptr;
 }
 
 int closeLog(sqlite3_file* file) {
-    AheadLog& log = AheadLog::of(file);
-    log.letGo();
-    return log.plain()->pMethods->xClose(log.plain());
+    complete(file);
+    AheadLog::of(file).~AheadLog();
+    return SQLITE_OK;
 }
 
 int readLog(sqlite3_file* file, void* bytes, int count, sqlite3_int64 offset) {
-    return complete(file, [=](sqlite3_file* plain) {
-        return plain->pMethods->xRead(plain, bytes, count, offset);
-    });
+    AheadFile const* const ahead = complete(file);
+    auto const wanted = static_cast<std::size_t>(count);
+    ssize_t const read = ahead ? ahead->read(bytes, wanted, offset) : -1;
+    if (read < 0) {
+        return SQLITE_IOERR_READ;
+    }
+    auto const got = static_cast<std::size_t>(read);
+    std::memset(static_cast<char*>(bytes) + got, 0, wanted - got);
+    return got == wanted ? SQLITE_OK : SQLITE_IOERR_SHORT_READ;
 }
 
 int writeLog(sqlite3_file* file, void const* bytes, int count, sqlite3_int64 offset) {
-    return AheadLog::of(file).write(bytes, count, offset);
+    bool const isWritten = AheadLog::of(file).write(bytes, count, offset);
+    return isWritten ? SQLITE_OK : failureOfWriting(SQLITE_IOERR_WRITE);
 }
 
 int truncateLog(sqlite3_file* file, sqlite3_int64 size) {
-    return complete(file,
-                    [=](sqlite3_file* plain) { return plain->pMethods->xTruncate(plain, size); });
+    AheadFile* const ahead = complete(file);
+    return ahead && ahead->truncate(size) ? SQLITE_OK : SQLITE_IOERR_TRUNCATE;
 }
 
-int syncLog(sqlite3_file* file, int flags) {
-    return complete(file,
-                    [=](sqlite3_file* plain) { return plain->pMethods->xSync(plain, flags); });
+int syncLog(sqlite3_file* file, int) {
+    AheadFile* const ahead = complete(file);
+    return ahead && ahead->sync() ? SQLITE_OK : failureOfWriting(SQLITE_IOERR_FSYNC);
 }
 
 int sizeOfLog(sqlite3_file* file, sqlite3_int64* size) {
-    return complete(file,
-                    [=](sqlite3_file* plain) { return plain->pMethods->xFileSize(plain, size); });
+    AheadFile const* const ahead = complete(file);
+    *size = ahead ? ahead->size() : -1;
+    return *size >= 0 ? SQLITE_OK : SQLITE_IOERR_FSTAT;
 }
 
-int lockLog(sqlite3_file* file, int level) {
-    return complete(file,
-                    [=](sqlite3_file* plain) { return plain->pMethods->xLock(plain, level); });
+// The locks are those of the database itself.
+int changeLockOfLog(sqlite3_file*, int) {
+    return SQLITE_OK;
 }
 
-int unlockLog(sqlite3_file* file, int level) {
-    return complete(file,
-                    [=](sqlite3_file* plain) { return plain->pMethods->xUnlock(plain, level); });
+int isLogReserved(sqlite3_file*, int* answer) {
+    *answer = 0;
+    return SQLITE_OK;
 }
 
-int isLogReserved(sqlite3_file* file, int* answer) {
-    return complete(file, [=](sqlite3_file* plain) {
-        return plain->pMethods->xCheckReservedLock(plain, answer);
-    });
+int controlLog(sqlite3_file*, int, void*) {
+    return SQLITE_NOTFOUND;
 }
 
-int controlLog(sqlite3_file* file, int operation, void* argument) {
-    return complete(file, [=](sqlite3_file* plain) {
-        return plain->pMethods->xFileControl(plain, operation, argument);
-    });
+int sectorSizeOfLog(sqlite3_file*) {
+    return sectorSize;
 }
 
-int sectorSizeOfLog(sqlite3_file* file) {
-    sqlite3_file* const plain = AheadLog::of(file).plain();
-    return plain->pMethods->xSectorSize(plain);
-}
-
-int traitsOfLog(sqlite3_file* file) {
-    sqlite3_file* const plain = AheadLog::of(file).plain();
-    return plain->pMethods->xDeviceCharacteristics(plain);
+int traitsOfLog(sqlite3_file*) {
+    return SQLITE_IOCAP_POWERSAFE_OVERWRITE;
 }
 
 // A write-ahead log is neither shared memory nor mapped: the first version of the table is enough.
 sqlite3_io_methods const AheadLog::methods = {
-    1,       closeLog,  readLog,       writeLog,   truncateLog,     syncLog,     sizeOfLog,
-    lockLog, unlockLog, isLogReserved, controlLog, sectorSizeOfLog, traitsOfLog, nullptr,
-    nullptr, nullptr,   nullptr,       nullptr,    nullptr};
+    1,          closeLog,        readLog,         writeLog,        truncateLog,
+    syncLog,    sizeOfLog,       changeLockOfLog, changeLockOfLog, isLogReserved,
+    controlLog, sectorSizeOfLog, traitsOfLog,     nullptr,         nullptr,
+    nullptr,    nullptr,         nullptr,         nullptr};
+
+// SQLite itself would make files with the rights of the process's mask.
+int openOther(char const* name, sqlite3_file* file, int flags, int* actual) {
+    if (name && (flags & (SQLITE_OPEN_CREATE | SQLITE_OPEN_EXCLUSIVE)) == SQLITE_OPEN_CREATE) {
+        int const made = access(name, F_OK) == 0 ? -1 : openPrivate(name, O_RDWR | O_CREAT);
+        if (made >= 0) {
+            close(made);
+        }
+    }
+    sqlite3_vfs* const plain = plainFileSystem();
+    return plain->xOpen(plain, name, file, flags, actual);
+}
 
 int openFile(sqlite3_vfs*, char const* name, sqlite3_file* file, int flags, int* actual) {
-    sqlite3_vfs* const plain = plainFileSystem();
     if ((flags & SQLITE_OPEN_WAL) == 0) {
-        return plain->xOpen(plain, name, file, flags, actual);
+        return openOther(name, file, flags, actual);
     }
-    auto* const log = ::new (file) AheadLog;
-    int const code = plain->xOpen(plain, name, log->plain(), flags, actual);
-    if (code != SQLITE_OK) {
-        file->pMethods = nullptr; // SQLite closes what has any
+    file->pMethods = nullptr; // SQLite closes what has any
+    try {
+        std::shared_ptr<AheadFile> ahead = AheadFile::open(name);
+        if (!ahead) {
+            return SQLITE_CANTOPEN;
+        }
+        ::new (file) AheadLog(std::move(ahead));
+    } catch (std::bad_alloc const&) {
+        return SQLITE_NOMEM;
     }
-    return code;
+    if (actual) {
+        *actual = flags;
+    }
+    return SQLITE_OK;
 }
 
 // A copy of the plain file system under a name of its own: it opens files, the plain one does the
@@ -175,7 +201,7 @@ sqlite3_vfs makeFileSystem(sqlite3_vfs const& plain) {
     sqlite3_vfs own = plain;
     own.zName = ownName;
     own.pNext = nullptr;
-    own.szOsFile = static_cast<int>(sizeof(AheadLog)) + plain.szOsFile;
+    own.szOsFile = std::max(static_cast<int>(sizeof(AheadLog)), plain.szOsFile);
     own.xOpen = openFile;
     return own;
 }
@@ -192,6 +218,12 @@ char const* logFileSystem() {
         return sqlite3_vfs_register(&own, 0) == SQLITE_OK;
     }();
     return isRegistered ? ownName : plainName;
+}
+
+std::shared_ptr<AheadFile> aheadFileOf(sqlite3* database) {
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(database, "main", SQLITE_FCNTL_JOURNAL_POINTER, &file);
+    return AheadLog::is(file) ? AheadLog::of(file).file() : nullptr;
 }
 
 } // namespace zan::server

@@ -36,7 +36,9 @@ void LogMaintenance::run() {
     }
     attempt([&] { parts_.marks.flush(); });
     attempt([&] { indexOrders(); });
-    attempt([&] { movePages(); });
+    if (parts_.connection.watchFiles()) {
+        attempt([&] { movePages(); });
+    }
     parts_.reserve.renew();
 }
 
@@ -96,6 +98,7 @@ void LogMaintenance::movePages() {
     }
     if (pages == moved) {
         movedChanges_ = changes;
+        parts_.connection.movedAhead(changes);
     }
 }
 

@@ -129,19 +129,21 @@ void LogWriter::write(std::function<void(WriteConnection&)> const& extra) {
         connection_.insertAlone(rows_.front(), clock_.text(rows_.front().entry.millis));
         return;
     }
-    connection_.transact([&](WriteConnection& connection) {
-        for (LogRow const& row : rows_) {
-            connection.rows().insert(row, clock_.text(row.entry.millis));
-        }
-        if (isNewNumbering()) {
-            connection.setMeta("numbering_first", open_.numberingFirst);
-            connection.setMeta("numbering_began", open_.numbering.began);
-            connection.setMeta("reset_asked", open_.numbering.asksForReset ? 1 : 0);
-        }
-        if (extra) {
-            extra(connection);
-        }
-    });
+    connection_.transact(
+        [&](WriteConnection& connection) {
+            for (LogRow const& row : rows_) {
+                connection.rows().insert(row, clock_.text(row.entry.millis));
+            }
+            if (isNewNumbering()) {
+                connection.setMeta("numbering_first", open_.numberingFirst);
+                connection.setMeta("numbering_began", open_.numbering.began);
+                connection.setMeta("reset_asked", open_.numbering.asksForReset ? 1 : 0);
+            }
+            if (extra) {
+                extra(connection);
+            }
+        },
+        open_.lastId);
 }
 
 bool LogWriter::isNewNumbering() const {

@@ -214,6 +214,10 @@ void MessageLog::maintain() {
     impl_->maintenance.run();
 }
 
+std::string MessageLog::takeFinding() {
+    return impl_->writing.takeFinding();
+}
+
 bool MessageLog::worksAgain() {
     return impl_->maintenance.worksAgain();
 }

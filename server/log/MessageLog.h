@@ -175,6 +175,9 @@ public:
     /// holds nobody up. Failures wait for the next time.
     void maintain();
 
+    /// What `maintain` found wrong with the files of the log, once; empty when it is nothing new.
+    std::string takeFinding();
+
     /// True, once, when something could not be stored and the storage is found to work again, with
     /// no message needed for it. To be called after `maintain`; it tries the storage out once a
     /// second at most, and leaves nothing behind. What cannot be read does not count.

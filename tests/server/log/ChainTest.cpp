@@ -178,7 +178,7 @@ TEST_F(IndexOfChains, IsMadeAnewWhenItIsOfAnotherLog) {
     addOrders();
     chain({1}, {});
     log_.reset();
-    for (char const* suffix : {"", "-wal", "-shm"}) {
+    for (char const* suffix : {"", "-wal", ".last"}) {
         std::filesystem::remove(folder_.file() + suffix);
     }
     open();
@@ -200,6 +200,7 @@ TEST_F(IndexOfChains, IsMadeAnewWhenItKnowsMoreThanTheLog) {
     log_.reset();
     std::filesystem::copy_file(copy, folder_.file(),
                                std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::remove(folder_.file() + ".last");
     open();
     long const id = send("11=FOUND|");
     EXPECT_EQ(chain({}, {"FOUND"}), Ids{id});

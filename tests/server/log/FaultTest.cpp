@@ -53,10 +53,6 @@ std::string complaintOf(std::function<void()> const& work) {
     return "no complaint";
 }
 
-bool contains(std::string const& text, std::string const& part) {
-    return text.find(part) != std::string::npos;
-}
-
 // Runs in a process of its own, because limits and users are a whole process's. The work returns
 // what is wrong, or nothing.
 std::string inOtherProcess(std::function<std::string()> const& work) {
@@ -158,7 +154,7 @@ TEST(OpeningALog, TellsThatTheFolderCannotBeWritten) {
         << complained;
 }
 
-TEST(OpeningALog, TellsThatTheFileCannotBeWritten) {
+TEST(OpeningALog, RefusesTheFileOfAnotherUserThatOthersMayRead) {
     TemporaryFolder const folder;
     { MessageLog const log(LogSettings{folder.file()}); }
     chmod(folder.path().c_str(), 0555);
@@ -169,7 +165,8 @@ TEST(OpeningALog, TellsThatTheFileCannotBeWritten) {
         }
         return complaintOfOpening(folder.file());
     });
-    EXPECT_TRUE(contains(complained, "failure: " + folder.file() + ": the file cannot be written"))
+    EXPECT_TRUE(contains(complained, "wrong configuration: " + folder.file() +
+                                         ": others have rights to it, which cannot be taken away"))
         << complained;
     chmod(folder.path().c_str(), 0755);
 }
@@ -287,7 +284,7 @@ TEST_F(DamagedLog, NoticesEveryColumnThatMustStay) {
                          " WHERE id = (SELECT max(id) FROM messages)");
         }
         EXPECT_TRUE(contains(complaintOfOpening(folder_.file()), "is damaged")) << change;
-        for (char const* suffix : {"", "-wal"}) {
+        for (char const* suffix : {"", "-wal", ".last"}) {
             std::filesystem::remove(folder_.file() + suffix);
         }
         open();

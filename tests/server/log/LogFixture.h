@@ -55,6 +55,10 @@ inline FixEntry entry(FixStream stream, int seq, std::string const& text,
     return made;
 }
 
+inline bool contains(std::string const& text, std::string const& part) {
+    return text.find(part) != std::string::npos;
+}
+
 /// The turn of a log, for one scope.
 class Turn {
 public:
