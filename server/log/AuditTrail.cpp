@@ -7,6 +7,16 @@
 
 namespace zan::server {
 
+namespace {
+
+std::int64_t newestEntry(Database const& database) {
+    Statement newest(database, "SELECT ifnull(max(entry),0) FROM audit");
+    newest.step();
+    return newest.number(0);
+}
+
+} // namespace
+
 TableRow tableRowOf(FixEntry const& entry) {
     return {"",
             "",
@@ -24,9 +34,14 @@ TableRow tableRowOf(FixEntry const& entry) {
 
 TableRow auditRow(ReadConnection& connection, long entry) {
     Statement& audit = connection.statement(
-        "SELECT edited,user,action,id,time,stream,seq,text,note FROM audit WHERE entry=?1");
+        "SELECT edited,user,action,id,time,stream,seq,text,note,checksum=row_sum(entry,edited,"
+        "user,action,id,time,stream,type,seq,text,note) FROM audit WHERE entry=?1");
     StatementUse const use(audit);
-    audit.bind(1, entry).step();
+    if (!audit.bind(1, entry).step() || audit.number(9) != 1) {
+        connection.database().failWith("the entry " + std::to_string(entry) +
+                                       " of the audit is damaged: its checksum does not fit what "
+                                       "it holds");
+    }
     FixEntry then;
     then.id = static_cast<long>(audit.number(3));
     then.stream = static_cast<FixStream>(audit.number(5));
@@ -42,9 +57,11 @@ TableRow auditRow(ReadConnection& connection, long entry) {
 }
 
 AuditTrail::AuditTrail(Database const& database, std::string user, char const* action)
-    : insert_(database, "INSERT INTO audit(edited,user,action,id,time,stream,type,seq,text,note) "
-                        "VALUES(?1,?2,?3,?4,?5,?6,?7,?8,?9,?10)"),
-      edited_(timeText(nowMillis())), user_(std::move(user)), action_(action) {}
+    : insert_(database, "INSERT INTO audit(edited,user,action,id,time,stream,type,seq,text,note,"
+                        "entry,checksum) VALUES(?1,?2,?3,?4,?5,?6,?7,?8,?9,?10,?11,"
+                        "row_sum(?11,?1,?2,?3,?4,?5,?6,?7,?8,?9,?10))"),
+      entry_(newestEntry(database)), edited_(timeText(nowMillis())), user_(std::move(user)),
+      action_(action) {}
 
 void AuditTrail::add(FixEntry const& entry) {
     std::string const time = timeText(entry.millis);
@@ -58,6 +75,7 @@ void AuditTrail::add(FixEntry const& entry) {
         .bind(8, entry.seq)
         .bindBytes(9, entry.text)
         .bindText(10, entry.note)
+        .bind(11, ++entry_)
         .run();
 }
 

@@ -8,6 +8,7 @@
 #include "server/log/ReadPool.h"
 
 #include <array>
+#include <cstdint>
 #include <string>
 
 namespace zan::server {
@@ -34,6 +35,7 @@ public:
 
 private:
     Statement insert_;
+    std::int64_t entry_; ///< the newest
     std::string const edited_;
     std::string const user_;
     std::string const action_;

@@ -71,7 +71,8 @@ void LogMarks::flush() {
 
 void LogMarks::write(Marks const& changed) {
     connection_.transact([&](WriteConnection& connection) {
-        Statement put(connection.database(), "INSERT OR REPLACE INTO marks VALUES(?1,?2,?3)");
+        Statement put(connection.database(),
+                      "INSERT OR REPLACE INTO marks VALUES(?1,?2,?3,row_sum(?1,?2,?3))");
         Statement take(connection.database(),
                        "DELETE FROM marks WHERE subscriber=?1 AND stream=?2");
         for (auto const& [key, mark] : changed) {

@@ -1,6 +1,7 @@
 #include "server/log/LogReader.h"
 
 #include "server/log/LogClock.h"
+#include "server/log/LogSchema.h"
 
 #include <algorithm>
 #include <limits>
@@ -14,7 +15,11 @@ std::string selectRows(std::string_view rest) {
     return "SELECT " + std::string(rowColumns) + " FROM messages WHERE " + std::string(rest);
 }
 
-constexpr std::string_view seenInStream = "(?3<0 OR stream=?3) AND hidden=0 AND length(text)>0";
+std::string const& seenInStream() {
+    static auto const& condition =
+        *new std::string("(?3<0 OR stream=?3) AND length(text)>0 AND " + std::string(shownRows));
+    return condition;
+}
 
 std::string numberOf(FixOrigin origin) {
     return std::to_string(static_cast<int>(origin));
@@ -33,8 +38,8 @@ long LogReader::lastId() {
 }
 
 long LogReader::newestDelivered(FixStream stream) {
-    static std::string const sql = "SELECT id FROM messages WHERE stream=?1 AND hidden=0 AND "
-                                   "origin NOT IN (" +
+    static std::string const sql = "SELECT id FROM messages WHERE stream=?1 AND " +
+                                   std::string(shownRows) + " AND origin NOT IN (" +
                                    numberOf(FixOrigin::inserted) + "," +
                                    numberOf(FixOrigin::remark) + ") ORDER BY id DESC LIMIT 1";
     Statement& newest = connection_.statement(sql);
@@ -44,9 +49,9 @@ long LogReader::newestDelivered(FixStream stream) {
 }
 
 long LogReader::numberingFirst() {
-    Statement& meta = connection_.statement("SELECT value FROM meta WHERE name='numbering_first'");
+    Statement& meta = connection_.statement(metaByName);
     StatementUse const use(meta);
-    return meta.step() ? static_cast<long>(meta.number(0)) : 1;
+    return static_cast<long>(readMeta(connection_.database(), meta, "numbering_first"));
 }
 
 std::optional<LogRow> LogReader::row(long id) {
@@ -66,8 +71,8 @@ IdRange LogReader::idsOf(std::pair<std::int64_t, std::int64_t> millis) {
 }
 
 void LogReader::messages(int stream, IdRange ids, bool newestFirst, RowSink const& sink) {
-    Statement& rows = connection_.statement(selectRows(
-        "id BETWEEN ?1 AND ?2 AND " + std::string(seenInStream) + orderById(newestFirst)));
+    Statement& rows = connection_.statement(
+        selectRows("id BETWEEN ?1 AND ?2 AND " + seenInStream() + orderById(newestFirst)));
     StatementUse const use(rows);
     rows.bind(1, ids.first).bind(2, ids.second).bind(3, stream);
     while (rows.step()) {
@@ -76,8 +81,8 @@ void LogReader::messages(int stream, IdRange ids, bool newestFirst, RowSink cons
 }
 
 void LogReader::ids(int stream, bool newestFirst, std::function<void(long)> const& sink) {
-    Statement& rows = connection_.statement("SELECT id FROM messages WHERE " +
-                                            std::string(seenInStream) + orderById(newestFirst));
+    Statement& rows = connection_.statement("SELECT id FROM messages WHERE " + seenInStream() +
+                                            orderById(newestFirst));
     StatementUse const use(rows);
     rows.bind(3, stream);
     while (rows.step()) {

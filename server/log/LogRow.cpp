@@ -9,6 +9,9 @@ namespace zan::server {
 
 namespace {
 
+// What a row's checksum ends with when the row is hidden; `shownRows` has it too.
+constexpr std::int64_t hiddenMark = -1;
+
 // What the checksum is made of, as one row has it.
 std::int64_t checksumOf(LogRow const& row, std::string_view time, std::string_view type) {
     FixEntry const& entry = row.entry;
@@ -25,6 +28,9 @@ std::int64_t checksumOf(LogRow const& row, std::string_view time, std::string_vi
     sum.add(entry.note);
     if (row.wire) {
         sum.add(*row.wire);
+    }
+    if (row.isHidden) {
+        sum.add(hiddenMark);
     }
     return sum.value();
 }

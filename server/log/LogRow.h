@@ -37,6 +37,12 @@ bool isSent(FixEntry const& entry);
 inline constexpr std::string_view rowColumns =
     "id,time,stream,type,seq,origin,next_out,next_in,text,note,checksum,wire,hidden";
 
+/// The condition of rows that anybody may see. Those that only damage hides are among them: reading
+/// them fails.
+inline constexpr std::string_view shownRows =
+    "(hidden=0 OR checksum<>row_sum(id,time,stream,type,seq,origin,next_out,next_in,text,note,wire,"
+    "-1))";
+
 /// Throws `LogFailure` with file and id when the row is not what was written.
 LogRow readRow(Database const& database, Statement const& statement);
 

@@ -32,7 +32,18 @@ constexpr char const* steps[] = {
        CREATE TABLE audit(
          entry INTEGER PRIMARY KEY, edited TEXT NOT NULL, user TEXT NOT NULL,
          action TEXT NOT NULL, id INTEGER NOT NULL, time TEXT NOT NULL, stream INTEGER NOT NULL,
-         type TEXT NOT NULL, seq INTEGER NOT NULL, text BLOB NOT NULL, note TEXT NOT NULL))"};
+         type TEXT NOT NULL, seq INTEGER NOT NULL, text BLOB NOT NULL, note TEXT NOT NULL))",
+    R"(ALTER TABLE marks ADD COLUMN checksum INTEGER NOT NULL DEFAULT 0;
+       ALTER TABLE meta ADD COLUMN checksum INTEGER NOT NULL DEFAULT 0;
+       ALTER TABLE audit ADD COLUMN checksum INTEGER NOT NULL DEFAULT 0;
+       INSERT OR IGNORE INTO meta(name,value) VALUES('reset_asked',0);
+       UPDATE marks SET checksum=row_sum(subscriber,stream,id);
+       UPDATE meta SET checksum=row_sum(name,value);
+       UPDATE audit
+         SET checksum=row_sum(entry,edited,user,action,id,time,stream,type,seq,text,note);
+       UPDATE messages
+         SET checksum=row_sum(id,time,stream,type,seq,origin,next_out,next_in,text,note,wire,-1)
+         WHERE hidden<>0)"};
 
 constexpr int currentVersion = static_cast<int>(std::size(steps));
 
@@ -94,6 +105,38 @@ void takeSteps(Database& database, int version) {
 }
 
 } // namespace
+
+std::int64_t readMeta(Database const& database, Statement& statement, std::string_view name) {
+    if (!statement.bindText(1, name).step()) {
+        database.failWith("the value '" + std::string(name) + "' is missing");
+    }
+    if (statement.number(1) != 1) {
+        database.failWith("the value '" + std::string(name) +
+                          "' is damaged: its checksum does not fit what it holds");
+    }
+    return statement.number(0);
+}
+
+void requireSoundTables(Database& database) {
+    Statement known(database, metaByName);
+    for (char const* const name :
+         {"identity", "numbering_first", "numbering_began", "reset_asked"}) {
+        StatementUse const use(known);
+        readMeta(database, known, name);
+    }
+    Statement meta(database, "SELECT name FROM meta WHERE checksum<>row_sum(name,value)");
+    if (meta.step()) {
+        database.failWith("the value '" + std::string(meta.bytes(0)) +
+                          "' is damaged: its checksum does not fit what it holds");
+    }
+    Statement marks(database, "SELECT subscriber,stream FROM marks "
+                              "WHERE checksum<>row_sum(subscriber,stream,id)");
+    if (marks.step()) {
+        database.failWith("the mark of '" + std::string(marks.bytes(0)) + "' in stream " +
+                          std::to_string(marks.number(1)) +
+                          " is damaged: its checksum does not fit what it holds");
+    }
+}
 
 int checkedVersion(Database& database) {
     int const version = versionOf(database);

@@ -11,9 +11,9 @@ std::string sourceOf(RowSource source) {
                                 "note FROM ";
     switch (source) {
     case RowSource::Messages:
-        return "SELECT " + columns + "messages WHERE hidden=0 AND length(text)>0";
+        return "SELECT " + columns + "messages WHERE length(text)>0 AND " + std::string(shownRows);
     case RowSource::Rows:
-        return "SELECT " + columns + "messages WHERE hidden=0";
+        return "SELECT " + columns + "messages WHERE " + std::string(shownRows);
     case RowSource::Audit:
         break;
     }

@@ -1,10 +1,12 @@
 #include "server/log/Sqlite.h"
 
 #include "server/log/FrameWrites.h"
+#include "server/log/RowChecksum.h"
 
 #include <sqlite3.h>
 
 #include <cstring>
+#include <span>
 #include <utility>
 
 namespace zan::server {
@@ -61,6 +63,21 @@ std::string failureText(std::string const& file, sqlite3* handle, int code) {
     return text + ")";
 }
 
+// `row_sum(...)`: the checksum of a row with these values; what is NULL is left out.
+void sumOfRow(sqlite3_context* context, int count, sqlite3_value** values) {
+    RowChecksum sum;
+    for (sqlite3_value* const value : std::span(values, static_cast<std::size_t>(count))) {
+        if (sqlite3_value_type(value) == SQLITE_INTEGER) {
+            sum.add(std::int64_t{sqlite3_value_int64(value)});
+        } else if (sqlite3_value_type(value) != SQLITE_NULL) {
+            auto const* const bytes = static_cast<char const*>(sqlite3_value_blob(value));
+            auto const size = static_cast<std::size_t>(sqlite3_value_bytes(value));
+            sum.add(std::string_view(bytes ? bytes : "", size));
+        }
+    }
+    sqlite3_result_int64(context, sum.value());
+}
+
 // SQLite takes an address of null for the value NULL.
 char const* started(std::string_view value) {
     return value.data() ? value.data() : "";
@@ -82,6 +99,11 @@ Database::Database(std::string file, Access access) : file_(std::move(file)) {
     }
     sqlite3_extended_result_codes(handle, 1);
     sqlite3_busy_timeout(handle, busyMillis);
+    constexpr int traits = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS;
+    if (sqlite3_create_function_v2(handle, "row_sum", -1, traits, nullptr, sumOfRow, nullptr,
+                                   nullptr, nullptr) != SQLITE_OK) {
+        fail();
+    }
 }
 
 Database Database::inMemory() {

@@ -33,7 +33,8 @@ class Database {
 public:
     enum class Access { Make, Write, Read };
 
-    /// Throws `SqliteFailure`.
+    /// Throws `SqliteFailure`. SQL has one function more here, `row_sum(...)`: the checksum of a
+    /// row with these values, without those that are NULL.
     Database(std::string file, Access access);
 
     static Database inMemory();

@@ -88,6 +88,7 @@ std::shared_ptr<AheadFile> takenUp(Database& database) {
     }
     bringUp(database, version);
     ahead->accept();
+    requireSoundTables(database);
     return ahead;
 }
 
@@ -284,13 +285,13 @@ void WriteConnection::tryOut() {
 }
 
 void WriteConnection::setMeta(std::string_view name, std::int64_t value) {
-    Statement statement(database_, "INSERT OR REPLACE INTO meta VALUES(?1,?2)");
+    Statement statement(database_, "INSERT OR REPLACE INTO meta VALUES(?1,?2,row_sum(?1,?2))");
     statement.bindText(1, name).bind(2, value).run();
 }
 
 std::int64_t WriteConnection::meta(std::string_view name) {
-    Statement statement(database_, "SELECT value FROM meta WHERE name=?1");
-    return statement.bindText(1, name).step() ? statement.number(0) : 0;
+    Statement statement(database_, metaByName);
+    return readMeta(database_, statement, name);
 }
 
 } // namespace zan::server

@@ -119,7 +119,7 @@ TEST(OpeningALog, RefusesTheFileOfANewerVersionAndLeavesItAlone) {
     std::string const complained = complaintOfOpening(folder.file());
     EXPECT_TRUE(contains(complained,
                          "was written by a newer version: its layout is 99, and this version knows "
-                         "layouts up to 2; the newer version, or another data folder, would be "
+                         "layouts up to 3; the newer version, or another data folder, would be "
                          "right"))
         << complained;
     EXPECT_EQ(contentOf(folder.file()), content);
@@ -207,7 +207,9 @@ TEST(OlderLog, IsBroughtUpWithAllThatItHolds) {
     {
         Database older(folder.file(), Database::Access::Write);
         older.execute("DROP TABLE audit; ALTER TABLE messages DROP COLUMN wire;"
-                      "ALTER TABLE messages DROP COLUMN hidden; PRAGMA user_version=1");
+                      "ALTER TABLE messages DROP COLUMN hidden;"
+                      "ALTER TABLE marks DROP COLUMN checksum;"
+                      "ALTER TABLE meta DROP COLUMN checksum; PRAGMA user_version=1");
     }
     MessageLog log(LogSettings{folder.file()});
     EXPECT_EQ(log.numbers(), (FixNumbers{4, 1}));
@@ -232,6 +234,11 @@ TEST(OlderLog, StaysAsItIsWhenItCannotBeBroughtUp) {
 
 class DamagedLog : public LogTest {
 protected:
+    void damage(std::string const& sql) {
+        log_.reset();
+        Database(folder_.file(), Database::Access::Write).execute(sql);
+    }
+
     // Closed, a log lies in its file alone.
     void overwrite(std::string const& what, std::string const& with) {
         log_.reset();
@@ -275,7 +282,7 @@ TEST_F(DamagedLog, NoticesEveryColumnThatMustStay) {
     for (char const* change :
          {"time = '20200101-00:00:00.000'", "time = 'never'", "stream = 4", "type = 'X'", "seq = 9",
           "origin = 3", "next_out = 9", "next_in = 9", "text = x'00'", "note = 'x'",
-          "checksum = checksum + 1", "wire = x'00'", "wire = x''"}) {
+          "checksum = checksum + 1", "wire = x'00'", "wire = x''", "hidden = 1"}) {
         send("11=A|");
         log_.reset();
         {
@@ -289,6 +296,65 @@ TEST_F(DamagedLog, NoticesEveryColumnThatMustStay) {
         }
         open();
     }
+}
+
+TEST_F(DamagedLog, TellsOfRowsThatOnlyDamageHidesOrShows) {
+    send("11=A|");
+    send("11=B|");
+    receive("58=removed|");
+    receive("58=last|");
+    log().remove(-1, "id IN (1, 3)", "ann");
+    damage("UPDATE messages SET hidden = 1 - hidden WHERE id IN (1, 2)");
+    open();
+    EXPECT_TRUE(contains(complaintOf([&] { read(); }), "the row with id 1 is damaged"));
+    EXPECT_TRUE(contains(complaintOf([&] { table("id", "id = 2"); }), "with id 2 is damaged"));
+    EXPECT_EQ(complaintOf([&] { table("id", "id = 4"); }), "no complaint");
+}
+
+TEST_F(DamagedLog, NoticesEveryColumnOfTheAuditAndLeavesTheOthers) {
+    for (int i = 0; i < 2; ++i) {
+        send("11=A|");
+        log().update(-1, "note = 'seen'", "", "ann");
+    }
+    for (char const* change :
+         {"edited = 'x'", "user = 'eve'", "action = 'insert'", "id = 9", "time = 'x'", "stream = 4",
+          "type = 'X'", "seq = 9", "text = x'00'", "note = 'x'", "checksum = 1", "entry = 99"}) {
+        damage("CREATE TABLE kept AS SELECT * FROM audit");
+        damage("UPDATE audit SET " + std::string(change) + " WHERE entry = 2");
+        open();
+        EXPECT_TRUE(contains(complaintOf([&] { table("audit"); }), "of the audit is damaged"))
+            << change;
+        damage("DELETE FROM audit; INSERT INTO audit SELECT * FROM kept; DROP TABLE kept");
+    }
+    open();
+    EXPECT_EQ(table("audit").size(), 4u);
+}
+
+TEST_F(DamagedLog, IsToldAtTheStartOfMarksAndOfWhatTheLogKnowsOfItself) {
+    log().setMark("desk", FixStream::appIn, 7);
+    log().flushMarks();
+    struct Case {
+        char const* damage;
+        char const* repair;
+        char const* complaint;
+    };
+    for (Case const& each : std::initializer_list<Case>{
+             {"UPDATE marks SET id = 8", "UPDATE marks SET id = 7", "mark of 'desk' in stream 2"},
+             {"UPDATE marks SET stream = 3", "UPDATE marks SET stream = 2", "mark of 'desk'"},
+             {"UPDATE marks SET subscriber = 'x'", "UPDATE marks SET subscriber = 'desk'",
+              "mark of 'x'"},
+             {"UPDATE meta SET value = 2 WHERE name = 'numbering_first'",
+              "UPDATE meta SET value = 1 WHERE name = 'numbering_first'", "'numbering_first' is d"},
+             {"UPDATE meta SET name = 'n' WHERE name = 'numbering_began'",
+              "UPDATE meta SET name = 'numbering_began' WHERE name = 'n'",
+              "'numbering_began' is missing"}}) {
+        damage(each.damage);
+        EXPECT_TRUE(contains(complaintOfOpening(folder_.file()), each.complaint)) << each.damage;
+        damage(each.repair);
+        EXPECT_EQ(complaintOfOpening(folder_.file()), "no complaint") << each.repair;
+    }
+    open();
+    EXPECT_EQ(log().mark("desk", FixStream::appIn), 7);
 }
 
 TEST_F(DamagedLog, IsNotTrustedForItsNumbersWhenTheNewestRowIsDamaged) {
