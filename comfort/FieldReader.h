@@ -1,10 +1,9 @@
 /// `zan::FieldReader`: reads the fields of a message, or of an instance of a repeating group, by
-/// the names of their tags. Nothing that a counterparty leaves out or writes wrong has to be asked
-/// for first.
+/// the names of their tags. What a counterparty leaves out gives no null pointer.
 ///
 ///     zan::FieldReader const report(event);
 ///     if (report.get(zan::tag::OrdStatus) == zan::OrdStatus::Filled) ...
-///     double const open = report.get(zan::tag::LeavesQty, 0);
+///     double const open = report.get(zan::tag::LeavesQty, 100);
 ///
 /// Threads: it shares the fields, and belongs to their thread.
 #ifndef ZANENGINE_COMFORT_FIELDREADER_H
@@ -37,7 +36,10 @@ public:
         : fields_(message ? message->getFieldGroup() : nullptr) {}
     explicit FieldReader(ZANEvent const& event) : FieldReader(event.getMessage()) {}
 
-    bool has(int tag) const { return fields_ && fields_->isFieldPresent(tag); }
+    bool has(int tag) const { return fields_ && fields_->has(tag); }
+
+    /// The value as text, whatever stands there; empty when the field is absent.
+    std::string text(int tag) const { return fields_ ? fields_->getString(tag) : std::string(); }
 
     /// The value; empty when the field is absent, or when its text does not stand for a `T`.
     template <class T>
@@ -52,14 +54,15 @@ public:
         return std::nullopt;
     }
 
-    /// The value, or `otherwise` where `get` is empty.
+    /// The value, or `otherwise` when the field is absent. A text that does not stand for a `T` is
+    /// an `InfraException` with the tag, never `otherwise`.
     template <class T>
     T get(Tag<T> tag, std::common_type_t<T> const& otherwise) const {
-        return get(tag).value_or(otherwise);
+        return has(tag) ? at(tag) : otherwise;
     }
 
-    /// The value, for an application that cannot do without. Throws `InfraException`, with the tag
-    /// in its text, where `get` is empty.
+    /// The value, for an application that cannot do without. `InfraException`, with the tag in its
+    /// text, where `get(tag)` is empty.
     template <class T>
     T at(Tag<T> tag) const {
         auto const field = find(tag);
@@ -84,11 +87,11 @@ public:
     }
 
     /// Tag 35; empty when it is absent.
-    std::string type() const { return get(Tag<std::string>{35}, ""); }
+    std::string type() const { return text(35); }
     bool is(std::string_view msgType) const { return type() == msgType; }
 
     /// The engine's number of the message within its connection; 0 when it has none.
-    int messageId() const { return static_cast<int>(get(Tag<long>{16580}, 0)); }
+    int messageId() const { return static_cast<int>(get(Tag<long>{16580}).value_or(0)); }
 
     /// The fields themselves; empty when there are none.
     counted_ptr<ZANFieldGroup> const& fields() const { return fields_; }

@@ -16,7 +16,7 @@ inline bool closesOrder(FieldReader const& report) {
     if (!report.is(MsgType::ExecutionReport)) {
         return false;
     }
-    switch (report.get(tag::OrdStatus, OrdStatus::New)) {
+    switch (report.get(tag::OrdStatus).value_or(OrdStatus::New)) {
     case OrdStatus::Filled:
     case OrdStatus::DoneForDay:
     case OrdStatus::Cancelled:

@@ -1,9 +1,12 @@
 // The demo: an application trades with a counterparty over real FIX, and shows the conversation.
 #include "Conversation.h"
 #include "ReportCollector.h"
+#include "comfort/comfort.h"
 
 #include <iostream>
 #include <stdexcept>
+
+namespace tag = zan::tag;
 
 namespace {
 
@@ -17,25 +20,25 @@ void check(bool isTrue, std::string const& what) {
 }
 
 double numberIn(MessageFields const& fields, int tag) {
-    return std::stod(fields.at(tag));
+    Value value;
+    value.setString(valueOf(fields, tag));
+    return value.asDouble();
 }
 
 // Built as a model, with a repeating group: who acts for whom.
 counted_ptr<ZANMessage> limitOrder() {
-    counted_ptr<ZANFieldGroup> const order(new ZANFieldGroup(ZAN::MSGTYPE_NEW_ORDER_SINGLE));
-    order->setFieldValue(11, "demo-1");
-    order->setFieldValue(55, "IBM");
-    order->setFieldValue(54, '1');
-    order->setFieldValue(38, 100);
-    order->setFieldValue(40, '2');
-    order->setFieldValue(44, 95.5);
-    order->setFieldValue(60, infra::Time::now().toString());
-    counted_ptr<ZANFieldGroup> const desk(new ZANFieldGroup(453));
-    desk->setFieldValue(448, "DESK-7");
-    desk->setFieldValue(447, 'D');
-    desk->setFieldValue(452, 24);
-    order->addGroup(desk);
-    return counted_ptr<ZANMessage>(new ZANMessage(order));
+    return zan::MessageBuilder(zan::MsgType::NewOrderSingle)
+        .set(tag::ClOrdID, "demo-1")
+        .set(tag::Symbol, "IBM")
+        .set(tag::Side, zan::Side::Buy)
+        .set(tag::OrderQty, 100)
+        .set(tag::OrdType, zan::OrdType::Limit)
+        .set(tag::Price, 95.5)
+        .set(tag::TransactTime, infra::Time::now())
+        .add(zan::GroupBuilder(tag::NoPartyIDs)
+                 .set(tag::PartyID, "DESK-7")
+                 .set(tag::PartyIDSource, zan::PartyIDSource::Proprietary)
+                 .set(tag::PartyRole, zan::PartyRole::CustomerAccount));
 }
 
 void tradeLimitOrder(ZANEngineProxy& engine, Conversation& conversation) {
@@ -43,18 +46,19 @@ void tradeLimitOrder(ZANEngineProxy& engine, Conversation& conversation) {
                          "parts.");
     engine.sendMessage(trader, demoConnection, limitOrder());
     auto const acknowledged = conversation.waitForReport("demo-1", '0');
-    check(numberIn(acknowledged, 151) == 100, "all of the new order is open");
+    check(numberIn(acknowledged, tag::LeavesQty) == 100, "all of the new order is open");
     auto const filled = conversation.waitForReport("demo-1", '2');
     double quantity = 0;
     int fills = 0;
     for (auto const& report : conversation.reportsOn("demo-1")) {
-        if (report.contains(32) && report.at(39) != "0") {
-            quantity += numberIn(report, 32);
+        if (report.contains(tag::LastQty) && valueOf(report, tag::OrdStatus) != "0") {
+            quantity += numberIn(report, tag::LastQty);
             ++fills;
         }
     }
     check(fills == 2, "the order was filled in two parts");
-    check(quantity == 100 && numberIn(filled, 14) == 100 && numberIn(filled, 151) == 0,
+    check(quantity == 100 && numberIn(filled, tag::CumQty) == 100 &&
+              numberIn(filled, tag::LeavesQty) == 0,
           "the fills add up to the order");
 }
 
@@ -67,7 +71,7 @@ void cancelRestingOrder(ZANEngineProxy& engine, Conversation& conversation) {
     engine.sendMessage(trader, demoConnection,
                        "35=F|41=demo-2|11=demo-3|55=IBM|54=1|38=50|60=" + now);
     auto const cancelled = conversation.waitForReport("demo-3", '4');
-    check(numberIn(cancelled, 14) == 0 && numberIn(cancelled, 151) == 0,
+    check(numberIn(cancelled, tag::CumQty) == 0 && numberIn(cancelled, tag::LeavesQty) == 0,
           "nothing of the cancelled order was filled, and nothing is open");
 }
 
@@ -129,6 +133,7 @@ void recoverLostMessages(ZANEngineProxy& engine, Conversation& conversation) {
     std::vector<int> const before =
         engine.getMessageIds(trader, demoConnection,
                              ZANGuaranteedEngineMessageListener::APP_MSG_FROM_COUNTERPARTY, true);
+    check(!before.empty(), "reports came in");
     auto* const desk = new ReportCollector;
     counted_ptr<IZANEventListener> const held(desk);
     Guaranteed listener = attachGuaranteed(engine, held);
@@ -155,16 +160,16 @@ void logOut(ZANEngineProxy& engine, Conversation& conversation) {
           "each side sent one Logout");
 }
 
-void showConversation() {
+void showConversation(Url const& url) {
     std::cout << "An application with an engine inside it, and a counterparty that fills orders, "
                  "over real FIX.\n"
                  "->  goes out, <-  comes in, --  is the state of the connection; the time is "
                  "UTC.\n";
-    ZANEngineProxy::initialize(Url("embedded:demo"));
-    ZANEngineProxy& engine = ZANEngineProxy::getInstance();
+    zan::EngineScope const scope(url);
+    ZANEngineProxy& engine = *scope;
     auto* const conversation = new Conversation;
-    counted_ptr<IZANEventListener> listener(conversation);
-    engine.subscribeDirect(trader, demoConnection, true, true, true, listener);
+    counted_ptr<IZANEventListener> const listener(conversation);
+    zan::Subscription const on(trader, demoConnection, zan::Events::All, listener);
 
     conversation->explain("The connection is opened.");
     engine.connect(trader, demoConnection);
@@ -177,14 +182,13 @@ void showConversation() {
     logOut(engine, *conversation);
     conversation->explain("All as it should be: filled, cancelled, answered, logged, found again, "
                           "recovered, logged out.");
-    ZANEngineProxy::uninitialize();
 }
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
     try {
-        showConversation();
+        showConversation(Url(argc > 1 ? argv[1] : "embedded:demo"));
     } catch (std::exception const& e) {
         std::cerr << "\nThe demo failed: " << e.what() << std::endl;
         return 1;

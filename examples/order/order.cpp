@@ -1,39 +1,36 @@
 // Sends one order and prints what the counterparty makes of it.
-#include "zanengine.h"
+#include "comfort/comfort.h"
 
-#include <future>
 #include <iostream>
 
-class Reports : public IZANEventListener {
-public:
-    std::promise<void> filled;
-
-    void processEvent(counted_ptr<ZANEvent> event) override {
-        auto const fields = event->getMessage()->getFieldGroup();
-        if (fields->getField(35)->getValue().asString() != ZAN::MSGTYPE_EXECUTION_REPORT)
-            return;
-        std::cout << *event;
-        if (fields->getField(151)->getValue().asDouble() == 0) // nothing is left open
-            filled.set_value();
-    }
-};
+namespace tag = zan::tag;
 
 int main(int argc, char** argv) try {
-    ZANEngineProxy::initialize(Url(argc > 1 ? argv[1] : "embedded:demo"));
-    ZANEngineProxy& engine = ZANEngineProxy::getInstance();
     UserTicket const me("me", "");
-    std::vector<std::string> names;
-    engine.getConnectionNameList(me, names);
-
-    auto* const reports = new Reports;
-    counted_ptr<IZANEventListener> listener(reports);
-    engine.subscribe(me, listener, names.at(0), ZANEngineDefs::APP_EVENT_TYPE);
-    engine.connect(me, names.at(0));
-    engine.sendMessage(me, names.at(0),
-                       "35=D|11=order-1|55=IBM|54=1|38=100|40=2|44=95.5|60=20261121-09:30:00");
-    reports->filled.get_future().wait();
-    engine.disconnect(me, names.at(0), "done");
-    ZANEngineProxy::uninitialize();
+    zan::Signal closed;
+    auto reports = zan::listen([&](ZANEvent const& event) {
+        zan::FieldReader const report(event);
+        if (report.is(zan::MsgType::ExecutionReport))
+            std::cout << event;
+        if (zan::closesOrder(report)) // filled, rejected and the like
+            closed.raise();
+    });
+    zan::EngineScope const engine(Url(argc > 1 ? argv[1] : "embedded:demo"));
+    std::string const name = zan::connectionNames(*engine, me).at(0);
+    engine->subscribe(me, reports, name, ZANEngineDefs::APP_EVENT_TYPE);
+    engine->connect(me, name);
+    engine->sendMessage(me, name,
+                        zan::MessageBuilder(zan::MsgType::NewOrderSingle)
+                            .set(tag::ClOrdID, "order-1")
+                            .set(tag::Symbol, "IBM")
+                            .set(tag::Side, zan::Side::Buy)
+                            .set(tag::OrderQty, 100)
+                            .set(tag::OrdType, zan::OrdType::Limit)
+                            .set(tag::Price, 95.5)
+                            .set(tag::TransactTime, infra::Time::now()));
+    if (!closed.waitFor(std::chrono::seconds(10)))
+        std::cerr << "the order is still open after ten seconds" << std::endl;
+    engine->disconnect(me, name, "done");
 } catch (std::exception const& e) {
     std::cerr << e.what() << std::endl;
     return 1;

@@ -1,50 +1,44 @@
-// Sends an order to a counterparty and waits until it is filled.
-#include "zanengine.h"
+// Sends an order to a counterparty and waits until nothing of it is open any more.
+#include "comfort/comfort.h"
 
-#include <future>
 #include <iostream>
 
-namespace {
+namespace tag = zan::tag;
 
-std::string valueOf(ZANMessage const& message, int tag) {
-    auto const field = message.getFieldGroup()->getField(tag);
-    return field ? field->getValue().asString() : "";
-}
+int main(int argc, char** argv) try {
+    UserTicket const trader("trader", "");
+    zan::Signal closed;
 
-// The engine calls this on a thread of its own, one event after the other.
-class Reports : public IZANEventListener {
-public:
-    void processEvent(counted_ptr<ZANEvent> event) override {
-        auto const message = event->getMessage();
-        if (valueOf(*message, 35) != ZAN::MSGTYPE_EXECUTION_REPORT) {
+    // The engine calls this on a thread of its own, one event after the other.
+    auto reports = zan::listen([&](ZANEvent const& event) {
+        zan::FieldReader const report(event);
+        if (!report.is(zan::MsgType::ExecutionReport)) {
             return; // the order itself passes by as well
         }
-        std::cout << "report on " << valueOf(*message, 11) << ": " << valueOf(*message, 14)
-                  << " filled, " << valueOf(*message, 151) << " open" << std::endl;
-        if (valueOf(*message, 39) == "2") {
-            filled.set_value();
+        std::cout << "report on " << report.text(tag::ClOrdID) << ": " << report.text(tag::CumQty)
+                  << " filled, " << report.text(tag::LeavesQty) << " open" << std::endl;
+        if (zan::closesOrder(report)) {
+            closed.raise();
         }
+    });
+
+    // The engine ends before what the listener refers to, also after an exception.
+    zan::EngineScope const engine(Url(argc > 1 ? argv[1] : "embedded:demo"));
+    engine->subscribe(trader, reports, "DEMO", ZANEngineDefs::APP_EVENT_TYPE);
+    engine->connect(trader, "DEMO");
+    engine->sendMessage(trader, "DEMO",
+                        zan::MessageBuilder(zan::MsgType::NewOrderSingle)
+                            .set(tag::ClOrdID, "order-1")
+                            .set(tag::Symbol, "IBM")
+                            .set(tag::Side, zan::Side::Buy)
+                            .set(tag::OrderQty, 100)
+                            .set(tag::OrdType, zan::OrdType::Limit)
+                            .set(tag::Price, 95.5)
+                            .set(tag::TransactTime, infra::Time::now()));
+    if (!closed.waitFor(std::chrono::seconds(10))) {
+        std::cout << "no last report in ten seconds" << std::endl;
     }
-
-    std::promise<void> filled;
-};
-
-} // namespace
-
-int main() try {
-    ZANEngineProxy::initialize(Url("embedded:demo"));
-    ZANEngineProxy& engine = ZANEngineProxy::getInstance();
-    UserTicket const trader("trader", "");
-    auto* const reports = new Reports; // the counted pointer owns it
-    counted_ptr<IZANEventListener> listener(reports);
-
-    engine.subscribe(trader, listener, "DEMO", ZANEngineDefs::APP_EVENT_TYPE);
-    engine.connect(trader, "DEMO");
-    engine.sendMessage(trader, "DEMO",
-                       "35=D|11=order-1|55=IBM|54=1|38=100|40=2|44=95.5|60=20261121-09:30:00");
-    reports->filled.get_future().wait();
-    engine.disconnect(trader, "DEMO", "done");
-    ZANEngineProxy::uninitialize();
+    engine->disconnect(trader, "DEMO", "done");
 } catch (std::exception const& e) {
     std::cerr << e.what() << std::endl;
     return 1;

@@ -1,56 +1,55 @@
 // Builds a message with a repeating group, changes it, and walks over it. No engine is needed.
-#include "zanengine.h"
+#include "comfort/comfort.h"
 
 #include <iostream>
-#include <utility>
+
+namespace tag = zan::tag;
 
 namespace {
 
-// Iterators give fields by ascending tag, and the instances of groups as they were added.
+// Fields come by ascending tag, and the instances of a group as they were added.
 void print(ZANFieldGroup const& group, std::string const& indent) {
-    for (auto each = group.fieldIterator(); each->hasNext(); each->next()) {
-        ZANField const& field = *std::as_const(*each).current();
+    for (ZANField const& field : group) {
         std::cout << indent << field.getTag() << " = " << field.getValue() << '\n';
     }
-    for (auto each = group.groupIterator(); each->hasNext(); each->next()) {
-        ZANFieldGroup const& instance = *std::as_const(*each).current();
+    for (ZANFieldGroup const& instance : group.instances(tag::NoPartyIDs)) {
         std::cout << indent << "group " << instance.getGroupTag() << '\n';
         print(instance, indent + "    ");
     }
 }
 
-counted_ptr<ZANFieldGroup> party(char const* id, int role) {
-    counted_ptr<ZANFieldGroup> group(new ZANFieldGroup(453)); // NoPartyIDs
-    group->setFieldValue(448, id);
-    group->setFieldValue(447, 'D');
-    group->setFieldValue(452, static_cast<long>(role));
-    return group;
+zan::GroupBuilder party(char const* id, zan::PartyRole role) {
+    zan::GroupBuilder instance(tag::NoPartyIDs);
+    instance.set(tag::PartyID, id)
+        .set(tag::PartyIDSource, zan::PartyIDSource::Proprietary)
+        .set(tag::PartyRole, role);
+    return instance;
 }
 
 } // namespace
 
 int main() {
-    ZANFieldGroup order(ZAN::MSGTYPE_NEW_ORDER_SINGLE); // sets tag 35
-    order.setFieldValue(11, "order-2");
-    order.setFieldValue(55, "IBM");
-    order.setFieldValue(54, '1');
-    order.setFieldValue(38, 100L);
-    order.setFieldValue(44, 95.5);
-    order.addGroup(party("DESK-7", 24));
-    order.addGroup(party("BANK", 1));
-    print(order, "");
+    zan::MessageBuilder order(zan::MsgType::NewOrderSingle);
+    order.set(tag::ClOrdID, "order-2")
+        .set(tag::Symbol, "IBM")
+        .set(tag::Side, zan::Side::Buy)
+        .set(tag::OrderQty, 100)
+        .set(tag::Price, 95.5)
+        .add(party("DESK-7", zan::PartyRole::CustomerAccount))
+        .add(party("BANK", zan::PartyRole::ExecutingFirm));
+    print(order.fields(), "");
 
     // A copy is deep: the original does not see what happens to it.
-    ZANFieldGroup larger(order);
-    larger.setFieldValue(38, 200L);
-    larger.removeField(44);
-    std::cout << "quantity " << order.getField(38)->getValue().asLong() << " here, "
-              << larger.getField(38)->getValue().asLong() << " in the copy\n";
-    std::cout << "price in the copy: " << (larger.getField(44) ? "yes" : "no") << '\n';
+    ZANFieldGroup larger(order.fields());
+    larger.setFieldValue(tag::OrderQty, 200);
+    larger.removeField(tag::Price);
+    std::cout << "quantity " << order.fields().getLong(tag::OrderQty, 0) << " here, "
+              << larger.getLong(tag::OrderQty, 0) << " in the copy\n";
+    std::cout << "price in the copy: " << (larger.has(tag::Price) ? "yes" : "no") << '\n';
 
     // Values keep their types, and tell when they cannot be read as another one.
     try {
-        static_cast<void>(order.getField(55)->getValue().asLong());
+        static_cast<void>(larger.getField(tag::Symbol)->getValue().asLong());
     } catch (InfraException const& e) {
         std::cout << e.what() << '\n';
     }

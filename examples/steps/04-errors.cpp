@@ -1,7 +1,9 @@
 // What goes wrong, and how an application is told: each kind of failure is a class of its own.
-#include "zanengine.h"
+#include "comfort/comfort.h"
 
 #include <iostream>
+
+namespace tag = zan::tag;
 
 namespace {
 
@@ -22,21 +24,20 @@ void attempt(std::string const& what, Action const& action) {
 }
 
 counted_ptr<ZANMessage> order(char const* id, char const* symbol) {
-    counted_ptr<ZANFieldGroup> const fields(new ZANFieldGroup(ZAN::MSGTYPE_NEW_ORDER_SINGLE));
-    fields->setFieldValue(11, id);
-    fields->setFieldValue(55, symbol);
-    fields->setFieldValue(54, '1');
-    fields->setFieldValue(38, 100L);
-    fields->setFieldValue(40, '1');
-    fields->setFieldValue(60, "20261121-09:30:00");
-    return counted_ptr<ZANMessage>(new ZANMessage(fields));
+    return zan::MessageBuilder(zan::MsgType::NewOrderSingle)
+        .set(tag::ClOrdID, id)
+        .set(tag::Symbol, symbol)
+        .set(tag::Side, zan::Side::Buy)
+        .set(tag::OrderQty, 100)
+        .set(tag::OrdType, zan::OrdType::Market)
+        .set(tag::TransactTime, infra::Time::now());
 }
 
 } // namespace
 
-int main() try {
-    ZANEngineProxy::initialize(Url("embedded:demo"));
-    ZANEngineProxy& engine = ZANEngineProxy::getInstance();
+int main(int argc, char** argv) try {
+    zan::EngineScope const scope(Url(argc > 1 ? argv[1] : "embedded:demo"));
+    ZANEngineProxy& engine = *scope;
     UserTicket const trader("trader", "");
 
     attempt("a wrong name", [&] { engine.connect(trader, "NOWHERE"); });
@@ -55,7 +56,6 @@ int main() try {
         trader, "DEMO", ZANGuaranteedEngineMessageListener::APP_MSG_TO_COUNTERPARTY, false);
     std::cout << sent.size() << " orders were sent\n";
     engine.disconnect(trader, "DEMO", "done");
-    ZANEngineProxy::uninitialize();
 } catch (std::exception const& e) {
     std::cerr << e.what() << std::endl;
     return 1;

@@ -1,54 +1,62 @@
 // Reads the message log: as messages, by an expression, and as a table.
-#include "zanengine.h"
+#include "comfort/comfort.h"
 
-#include <chrono>
 #include <iostream>
-#include <thread>
+#include <stdexcept>
+
+namespace tag = zan::tag;
 
 namespace {
 
 using Messages = std::vector<counted_ptr<ZANMessage>>;
 
-std::string valueOf(ZANMessage const& message, int tag) {
-    auto const field = message.getFieldGroup()->getField(tag);
-    return field ? field->getValue().asString() : "-";
-}
-
 void print(std::string const& title, Messages const& messages) {
     std::cout << title << '\n';
     for (auto const& message : messages) {
-        std::cout << "    id " << message->getConnectionMessageId() << ", type "
-                  << valueOf(*message, 35) << ", order " << valueOf(*message, 11) << ", symbol "
-                  << valueOf(*message, 55) << '\n';
+        zan::FieldReader const fields(message);
+        std::cout << "    id " << fields.messageId() << ", type " << fields.type() << ", order "
+                  << fields.text(tag::ClOrdID) << ", symbol " << fields.text(tag::Symbol) << '\n';
     }
 }
 
-// Waits until the log has so many messages that came in.
-void waitForReports(ZANEngineProxy& engine, UserTicket const& ticket, std::size_t count) {
-    long const in = ZANGuaranteedEngineMessageListener::APP_MSG_FROM_COUNTERPARTY;
-    while (engine.getMessageIds(ticket, "DEMO", in, false).size() < count) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+// Sends an order and waits for the first report on it.
+void sendAndWait(ZANEngineProxy& engine, UserTicket const& ticket, std::string const& id,
+                 std::string const& symbol) {
+    zan::Signal reported;
+    auto const listener = zan::listen([&](ZANEvent const& event) {
+        zan::FieldReader const report(event);
+        if (report.is(zan::MsgType::ExecutionReport) && report.text(tag::ClOrdID) == id) {
+            reported.raise();
+        }
+    });
+    zan::Subscription const subscription(ticket, "DEMO", zan::Events::App, listener);
+    engine.sendMessage(ticket, "DEMO",
+                       zan::MessageBuilder(zan::MsgType::NewOrderSingle)
+                           .set(tag::ClOrdID, id)
+                           .set(tag::Symbol, symbol)
+                           .set(tag::Side, zan::Side::Buy)
+                           .set(tag::OrderQty, 100)
+                           .set(tag::OrdType, zan::OrdType::Limit)
+                           .set(tag::Price, 0.5) // below 1 the counterparty lets it rest
+                           .set(tag::TransactTime, infra::Time::now()));
+    if (!reported.waitFor(std::chrono::seconds(10))) {
+        throw std::runtime_error("no report on " + id + " in ten seconds");
     }
 }
 
 } // namespace
 
-int main() try {
-    ZANEngineProxy::initialize(Url("embedded:demo"));
-    ZANEngineProxy& engine = ZANEngineProxy::getInstance();
+int main(int argc, char** argv) try {
+    zan::EngineScope const scope(Url(argc > 1 ? argv[1] : "embedded:demo"));
+    ZANEngineProxy& engine = *scope;
     UserTicket const trader("trader", "");
     long const out = ZANGuaranteedEngineMessageListener::APP_MSG_TO_COUNTERPARTY;
     long const everyStream = -1;
 
     engine.connect(trader, "DEMO");
-    int number = 0;
-    for (std::string const symbol : {"IBM", "MSFT", "IBM"}) {
-        // Below a price of 1 the counterparty lets an order rest.
-        engine.sendMessage(trader, "DEMO",
-                           "35=D|11=order-" + std::to_string(++number) + "|55=" + symbol +
-                               "|54=1|38=100|40=2|44=0.5|60=20261121-09:30:00");
-        waitForReports(engine, trader, static_cast<std::size_t>(number));
-    }
+    sendAndWait(engine, trader, "order-1", "IBM");
+    sendAndWait(engine, trader, "order-2", "MSFT");
+    sendAndWait(engine, trader, "order-3", "IBM");
     engine.disconnect(trader, "DEMO", "done"); // the log needs no session
 
     Messages found;
@@ -71,7 +79,6 @@ int main() try {
         }
         std::cout << '\n';
     }
-    ZANEngineProxy::uninitialize();
 } catch (std::exception const& e) {
     std::cerr << e.what() << std::endl;
     return 1;

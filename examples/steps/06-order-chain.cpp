@@ -1,57 +1,81 @@
 // Follows an order through its life: the order, its replacement by a cancel, and every report.
-#include "zanengine.h"
+#include "comfort/comfort.h"
 
-#include <chrono>
 #include <iostream>
-#include <thread>
+#include <stdexcept>
+
+namespace tag = zan::tag;
 
 namespace {
 
-std::string valueOf(ZANMessage const& message, int tag) {
-    auto const field = message.getFieldGroup()->getField(tag);
-    return field ? field->getValue().asString() : "-";
+char const* nameOf(zan::FieldReader const& message) {
+    return message.is(zan::MsgType::NewOrderSingle)    ? "order"
+           : message.is(zan::MsgType::ExecutionReport) ? "report"
+                                                       : "cancel";
 }
 
-char const* nameOf(std::string const& type) {
-    return type == ZAN::MSGTYPE_NEW_ORDER_SINGLE   ? "order"
-           : type == ZAN::MSGTYPE_EXECUTION_REPORT ? "report"
-                                                   : "cancel";
+std::string orDash(std::string const& text) {
+    return text.empty() ? "-" : text;
 }
 
-// Waits until the log has so many messages that came in.
-void waitForReports(ZANEngineProxy& engine, UserTicket const& ticket, std::size_t count) {
-    long const in = ZANGuaranteedEngineMessageListener::APP_MSG_FROM_COUNTERPARTY;
-    while (engine.getMessageIds(ticket, "DEMO", in, false).size() < count) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+// Whether the counterparty says yes or no to the order or the cancel of this ClOrdID.
+bool isAnswer(zan::FieldReader const& message, std::string const& id) {
+    bool const saysYesOrNo =
+        message.is(zan::MsgType::ExecutionReport) || message.is(zan::MsgType::OrderCancelReject);
+    return saysYesOrNo && message.text(tag::ClOrdID) == id;
+}
+
+void sendAndWait(ZANEngineProxy& engine, UserTicket const& ticket,
+                 zan::MessageBuilder const& message) {
+    std::string const id = message.fields().getString(tag::ClOrdID);
+    zan::Signal answered;
+    auto const listener = zan::listen([&](ZANEvent const& event) {
+        if (isAnswer(zan::FieldReader(event), id)) {
+            answered.raise();
+        }
+    });
+    zan::Subscription const subscription(ticket, "DEMO", zan::Events::App, listener);
+    engine.sendMessage(ticket, "DEMO", message);
+    if (!answered.waitFor(std::chrono::seconds(10))) {
+        throw std::runtime_error("no answer to " + id + " in ten seconds");
     }
 }
 
 } // namespace
 
-int main() try {
-    ZANEngineProxy::initialize(Url("embedded:demo"));
-    ZANEngineProxy& engine = ZANEngineProxy::getInstance();
+int main(int argc, char** argv) try {
+    zan::EngineScope const engine(Url(argc > 1 ? argv[1] : "embedded:demo"));
     UserTicket const trader("trader", "");
+    engine->connect(trader, "DEMO");
 
-    engine.connect(trader, "DEMO");
-    std::size_t sent = 0;
-    for (std::string const message : {"35=D|11=first|55=IBM|54=1|38=50|40=2|44=0.5",
-                                      "35=D|11=other|55=IBM|54=1|38=70|40=2|44=0.5",
-                                      "35=F|11=second|41=first|55=IBM|54=1|38=50"}) {
-        engine.sendMessage(trader, "DEMO", message + "|60=20261121-09:30:00");
-        waitForReports(engine, trader, ++sent); // one on each
-    }
+    zan::MessageBuilder order(zan::MsgType::NewOrderSingle);
+    order.set(tag::Symbol, "IBM")
+        .set(tag::Side, zan::Side::Buy)
+        .set(tag::OrdType, zan::OrdType::Limit)
+        .set(tag::Price, 0.5) // below 1 the counterparty lets it rest
+        .set(tag::TransactTime, infra::Time::now());
+    sendAndWait(*engine, trader, order.set(tag::ClOrdID, "first").set(tag::OrderQty, 50));
+    sendAndWait(*engine, trader, order.set(tag::ClOrdID, "other").set(tag::OrderQty, 70));
+    sendAndWait(*engine, trader,
+                zan::MessageBuilder(zan::MsgType::OrderCancelRequest)
+                    .set(tag::ClOrdID, "second")
+                    .set(tag::OrigClOrdID, "first")
+                    .set(tag::Symbol, "IBM")
+                    .set(tag::Side, zan::Side::Buy)
+                    .set(tag::OrderQty, 50)
+                    .set(tag::TransactTime, infra::Time::now()));
 
     // Any member leads to all of them, through ClOrdID, OrigClOrdID and OrderID.
     std::vector<counted_ptr<ZANMessage>> chain;
-    engine.retrieveMessageChain(trader, "DEMO", chain, {}, {"second"}, false);
+    engine->retrieveMessageChain(trader, "DEMO", chain, {}, {"second"}, false);
     for (auto const& message : chain) {
-        std::cout << nameOf(valueOf(*message, 35)) << ": ClOrdID " << valueOf(*message, 11)
-                  << ", OrigClOrdID " << valueOf(*message, 41) << ", OrderID "
-                  << valueOf(*message, 37) << ", OrdStatus " << valueOf(*message, 39) << '\n';
+        zan::FieldReader const fields(message);
+        std::cout << nameOf(fields) << ": ClOrdID " << orDash(fields.text(tag::ClOrdID))
+                  << ", OrigClOrdID " << orDash(fields.text(tag::OrigClOrdID)) << ", OrderID "
+                  << orDash(fields.text(tag::OrderID)) << ", OrdStatus "
+                  << orDash(fields.text(tag::OrdStatus)) << '\n';
     }
-    engine.disconnect(trader, "DEMO", "done");
-    ZANEngineProxy::uninitialize();
+    engine->disconnect(trader, "DEMO", "done");
 } catch (std::exception const& e) {
     std::cerr << e.what() << std::endl;
     return 1;

@@ -1,80 +1,66 @@
 // A listener that misses nothing: what came while it was away is delivered when it comes back.
-#include "zanengine.h"
+#include "comfort/comfort.h"
 
-#include <future>
 #include <iostream>
+#include <stdexcept>
+
+namespace tag = zan::tag;
 
 namespace {
 
-using Guaranteed = counted_ptr<ZANGuaranteedEngineMessageListener>;
-
-std::string valueOf(ZANMessage const& message, int tag) {
-    auto const field = message.getFieldGroup()->getField(tag);
-    return field ? field->getValue().asString() : "";
+// The desk marks each report when this has returned: it will not be delivered again.
+void work(ZANEvent const& event) {
+    zan::FieldReader const report(event);
+    std::cout << "order " << report.text(tag::ClOrdID) << ", OrdStatus "
+              << report.text(tag::OrdStatus)
+              << (report.text(tag::PossResend) == "Y" ? ", delivered again" : "") << std::endl;
 }
 
-class Desk : public IZANEventListener {
-public:
-    void processEvent(counted_ptr<ZANEvent> event) override {
-        auto const message = event->getMessage();
-        std::cout << "order " << valueOf(*message, 11) << ", OrdStatus " << valueOf(*message, 39)
-                  << (valueOf(*message, 97) == "Y" ? ", delivered again" : "") << std::endl;
-        // Mark it when its work is done: it will not be delivered again.
-        guaranteed->setLastConsumedAppMessageFromCounterPartyId(event->getConnectionName(),
-                                                                message->getConnectionMessageId());
-    }
-
-    ZANGuaranteedEngineMessageListener* guaranteed = nullptr;
-};
-
-class Fill : public IZANEventListener {
-public:
-    void processEvent(counted_ptr<ZANEvent> event) override {
-        if (valueOf(*event->getMessage(), 39) == "2") {
-            seen.set_value();
-        }
-    }
-
-    std::promise<void> seen;
-};
-
-Guaranteed attach(ZANEngineProxy& engine, UserTicket const& ticket) {
-    auto* const desk = new Desk;
-    counted_ptr<IZANEventListener> const listener(desk);
-    Guaranteed guaranteed(new ZANGuaranteedEngineMessageListener(listener));
-    desk->guaranteed = guaranteed.get();
-    guaranteed->setSubscriptionFilter("stream = 2 AND type = '8'"); // reports that come in
-    engine.subscribeDirect(ticket, "DEMO", false, true, false, guaranteed);
-    guaranteed->retrievePotentiallyLostMessages();
-    return guaranteed;
+// Lets the desk have what it missed, then what comes until the action has ended.
+template <class Action>
+void withDesk(UserTicket const& ticket, Action const& action) {
+    auto desk = zan::listenGuaranteed(work);
+    desk->setSubscriptionFilter("stream = 2 AND type = '8'"); // reports that come in
+    zan::Subscription const subscription(ticket, "DEMO", zan::Events::App, desk);
+    desk->retrievePotentiallyLostMessages();
+    action();
 }
 
-// Returns when the order is filled and the desk has been told: listeners get events one by one.
+// Returns when the order is filled, or closed otherwise, and the desk has been told: listeners get
+// events one by one.
 void trade(ZANEngineProxy& engine, UserTicket const& ticket, std::string const& id) {
-    auto* const fill = new Fill;
-    counted_ptr<IZANEventListener> listener(fill);
-    engine.subscribeDirect(ticket, "DEMO", false, true, false, listener);
+    zan::Signal closed;
+    auto const listener = zan::listen([&](ZANEvent const& event) {
+        if (zan::closesOrder(zan::FieldReader(event))) {
+            closed.raise();
+        }
+    });
+    zan::Subscription const subscription(ticket, "DEMO", zan::Events::App, listener);
     engine.sendMessage(ticket, "DEMO",
-                       "35=D|11=" + id + "|55=IBM|54=1|38=1|40=1|60=20261121-09:30:00");
-    fill->seen.get_future().wait();
-    engine.destroyDirectSubscriber(listener);
+                       zan::MessageBuilder(zan::MsgType::NewOrderSingle)
+                           .set(tag::ClOrdID, id)
+                           .set(tag::Symbol, "IBM")
+                           .set(tag::Side, zan::Side::Buy)
+                           .set(tag::OrderQty, 1)
+                           .set(tag::OrdType, zan::OrdType::Market)
+                           .set(tag::TransactTime, infra::Time::now()));
+    if (!closed.waitFor(std::chrono::seconds(10))) {
+        throw std::runtime_error("order " + id + " is still open after ten seconds");
+    }
 }
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) try {
     // The marks are kept under the name of the client.
-    ZANEngineProxy::initialize(Url("embedded:demo?client=desk"));
-    ZANEngineProxy& engine = ZANEngineProxy::getInstance();
+    zan::EngineScope const engine(Url(argc > 1 ? argv[1] : "embedded:demo?client=desk"));
     UserTicket const trader("trader", "");
-    engine.connect(trader, "DEMO");
-    Guaranteed desk = attach(engine, trader);
-    trade(engine, trader, "seen");
-    engine.destroyDirectSubscriber(desk);
-    desk.reset();
+    engine->connect(trader, "DEMO");
+    withDesk(trader, [&] { trade(*engine, trader, "seen"); });
     std::cout << "the desk is away" << std::endl;
-    trade(engine, trader, "missed");
-    desk = attach(engine, trader);
-    engine.destroyDirectSubscriber(desk);
-    ZANEngineProxy::uninitialize();
+    trade(*engine, trader, "missed");
+    withDesk(trader, [] {});
+} catch (std::exception const& e) {
+    std::cerr << e.what() << std::endl;
+    return 1;
 }

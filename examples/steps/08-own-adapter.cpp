@@ -1,8 +1,10 @@
 // An application that brings its adapter along: an engine that answers every message by an event.
 #include "../adapter-template/UnsupportedOperations.h"
-#include "zanengine.h"
+#include "comfort/comfort.h"
 
 #include <iostream>
+
+namespace tag = zan::tag;
 
 namespace {
 
@@ -22,11 +24,10 @@ public:
 
     using UnsupportedOperations::sendMessage;
     long sendMessage(UserTicket const&, Name const& name, Text const& text) override {
-        counted_ptr<ZANFieldGroup> const answer(new ZANFieldGroup(ZAN::MSGTYPE_NEWS));
-        answer->setFieldValue(58, "you said: " + text);
-        answer->setFieldValue(16580, ++lastId_); // the connection message id
-        counted_ptr<ZANMessage> const message(new ZANMessage(answer));
-        eventReceived(counted_ptr<ZANEvent>(new ZANAppMessageEvent(name, message)));
+        zan::MessageBuilder answer(zan::MsgType::News);
+        answer.set(tag::Text, "you said: " + text);
+        answer.set(16580, ++lastId_); // the connection message id
+        eventReceived(make_counted<ZANEvent, ZANAppMessageEvent>(name, answer.build()));
         return lastId_;
     }
 
@@ -39,7 +40,7 @@ class Factory : public IZANEngineAdapterFactory {
 public:
     counted_ptr<IZANEngineAdapter>
     createAdapter(counted_ptr<IZANEngineConfigProvider> provider) override {
-        return counted_ptr<IZANEngineAdapter>(new MirrorAdapter(provider));
+        return make_counted<IZANEngineAdapter, MirrorAdapter>(provider);
     }
 };
 
@@ -50,27 +51,20 @@ public:
     }
 };
 
-class Printer : public IZANEventListener {
-public:
-    void processEvent(counted_ptr<ZANEvent> event) override {
-        std::cout << event->getConnectionName() << ": "
-                  << event->getMessage()->getFieldGroup()->getField(58)->getValue() << std::endl;
-    }
-};
-
 } // namespace
 
 int main() try {
-    ZANEngineProxy::initialize(counted_ptr<IZANEngineConfigProvider>(new NoProperties),
-                               counted_ptr<IZANEngineAdapterFactory>(new Factory));
-    ZANEngineProxy& engine = ZANEngineProxy::getInstance();
+    zan::EngineScope const engine(make_counted<IZANEngineConfigProvider, NoProperties>(),
+                                  make_counted<IZANEngineAdapterFactory, Factory>());
     UserTicket const me("me", "");
-    counted_ptr<IZANEventListener> listener(new Printer);
-    engine.subscribe(me, listener, "MIRROR", ZANEngineDefs::APP_EVENT_TYPE);
-    long const id = engine.sendMessage(me, "MIRROR", "hello");
+    auto printer = zan::listen([](ZANEvent const& event) {
+        std::cout << event.getConnectionName() << ": " << zan::FieldReader(event).text(tag::Text)
+                  << std::endl;
+    });
+    engine->subscribe(me, printer, "MIRROR", ZANEngineDefs::APP_EVENT_TYPE);
+    long const id = engine->sendMessage(me, "MIRROR", "hello");
     std::cout << "sent as " << id << std::endl;
-    engine.connect(me, "MIRROR"); // is not offered
+    engine->connect(me, "MIRROR"); // is not offered
 } catch (std::exception const& e) {
     std::cout << e.what() << std::endl;
-    ZANEngineProxy::uninitialize();
 }

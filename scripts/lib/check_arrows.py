@@ -27,6 +27,8 @@ MAY_INCLUDE = {
 }
 # An adapter's event goes back to the facade: the one arrow that runs up, in a source only.
 UPWARD = {("adapter/IZANEngineAdapter.cpp", "engine/ZANEngineProxy.h")}
+# What an application includes, whole.
+WHOLE = ("comfort/comfort.h", "zanengine.h")
 # Libraries of others are included in one place each.
 PLACES = {
     "quickfix/": ["server/sessions/", "tests/support/acceptor/", "tests/crash/", "tests/apps/zan/",
@@ -55,6 +57,8 @@ def fault_of(name, quoted, included):
     for dependency, places in PLACES.items():
         if included.startswith(dependency) and not name.startswith(tuple(places)):
             return f"only {' and '.join(places)} may include {dependency}"
+    if (name, included) == WHOLE:
+        return None
     if folder not in MAY_INCLUDE or target == folder or target not in MAY_INCLUDE:
         if folder in LIBRARY + ["comfort"] and quoted and target not in MAY_INCLUDE:
             return "the library includes its own folders and the standard library only"

@@ -68,12 +68,19 @@ TEST(FieldReader, FindsNothingWhereAValueDoesNotStandForOne) {
                                             {60, "yesterday"}}));
     EXPECT_TRUE(report.has(tag::LeavesQty));
     EXPECT_EQ(report.get(tag::LeavesQty), std::nullopt);
-    EXPECT_EQ(report.get(tag::LeavesQty, 7), 7.0);
     EXPECT_EQ(report.get(tag::MsgSeqNum), std::nullopt);
     EXPECT_EQ(report.get(tag::OrdStatus), std::nullopt);
-    EXPECT_EQ(report.get(tag::PossResend, false), false);
+    EXPECT_EQ(report.get(tag::PossResend), std::nullopt);
     EXPECT_EQ(report.get(tag::OrdRejReason), std::nullopt);
     EXPECT_EQ(report.get(tag::TransactTime), std::nullopt);
+}
+
+TEST(FieldReader, GivesNoDefaultForAValueThatIsThere) {
+    zan::FieldReader const report(incoming({{151, "many"}, {39, "22"}}));
+    EXPECT_THROW(static_cast<void>(report.get(tag::LeavesQty, 0)), InfraException);
+    EXPECT_THROW(static_cast<void>(report.get(tag::OrdStatus, zan::OrdStatus::New)),
+                 InfraException);
+    EXPECT_EQ(report.get(tag::CumQty, 7), 7.0);
 }
 
 TEST(FieldReader, TellsTheTagOfAFieldThatHasToBeThere) {
@@ -89,6 +96,14 @@ TEST(FieldReader, TellsTheTagOfAFieldThatHasToBeThere) {
                 << e.what();
         }
     }
+}
+
+TEST(FieldReader, GivesTheTextOfAnyField) {
+    zan::FieldReader const report(incoming({{39, "22"}, {151, "100"}}));
+    EXPECT_EQ(report.text(tag::OrdStatus), "22");
+    EXPECT_EQ(report.text(tag::LeavesQty), "100");
+    EXPECT_EQ(report.text(tag::AvgPx), "");
+    EXPECT_EQ(zan::FieldReader(ZANMessage()).text(35), "");
 }
 
 TEST(FieldReader, KeepsAValueWithoutAName) {

@@ -3,9 +3,7 @@ import re
 import subprocess
 import textwrap
 
-INCLUDES = """#include "zanengine.h"
-
-#include "comfort/comfort.h"
+INCLUDES = """#include "comfort/comfort.h"
 
 #include <iostream>
 #include <string>
