@@ -1,9 +1,9 @@
 /// The session file: which connections an engine has, in QuickFIX's own format.
 ///
 /// `[SESSION]` opens a connection, `[DEFAULT]` holds what all connections share, `key=value` stands
-/// on a line of its own, `#` begins a line of comment. Keys are the ones of QuickFIX and three of
-/// this engine: `ConnectionName` (default `SenderCompID->TargetCompID`), `Durability` and
-/// `LogonTimeout` (seconds).
+/// on a line of its own, `#` begins a line of comment. Keys are the ones of QuickFIX and four of
+/// this engine: `ConnectionName` (default `SenderCompID->TargetCompID`), `Durability`,
+/// `LogonTimeout` (seconds) and `ConnectAtStart`.
 ///
 /// Threads: plain functions and values; nothing is shared.
 #ifndef ZANENGINE_SERVER_CONFIG_SESSIONFILE_H

@@ -20,6 +20,7 @@ constexpr KnownKey knownKeys[] = {
     {"ConnectionName", ValueRule::Identifier},
     {"Durability", ValueRule::Durability},
     {"LogonTimeout", ValueRule::PositiveNumber},
+    {"ConnectAtStart", ValueRule::Flag},
 
     {"ConnectionType", ValueRule::InitiatorOnly},
     {"BeginString", ValueRule::Version},
@@ -307,7 +308,7 @@ std::vector<RequiredKey> const& requiredSessionKeys() {
 }
 
 bool isEngineKey(std::string_view name) {
-    return name == "ConnectionName" || name == "Durability";
+    return name == "ConnectionName" || name == "Durability" || name == "ConnectAtStart";
 }
 
 bool isSecretKey(std::string_view name) {

@@ -21,12 +21,21 @@ using namespace std::chrono_literals;
 // What a session may take beyond its own timeout to close a link.
 constexpr std::chrono::milliseconds closingTime = 1s;
 
+std::string nameOf(std::string const& user) {
+    return user.empty() ? "an application without a user name" : user;
+}
+
+std::string numberNote(std::string const& direction, int number, std::string const& user) {
+    return "the next sequence number " + direction + " set to " + std::to_string(number) + " by " +
+           nameOf(user);
+}
+
 } // namespace
 
 Connection::Connection(ConnectionSettings settings, std::string const& dataFolder, EventSink sink,
                        DiagnosticQueue& diagnostics)
     : settings_(std::move(settings)), dictionary_(loadDictionary(settings_)),
-      sink_(std::move(sink)), diary_(settings_.name, diagnostics),
+      hours_(hoursOf(settings_)), sink_(std::move(sink)), diary_(settings_.name, diagnostics),
       logFile_(logSettings(settings_, dataFolder).file), log_(logSettings(settings_, dataFolder)),
       queue_([this](Delivery const& delivery) { deliver(delivery); }, [this] { setReading(); },
              log_.lastId()),
@@ -53,17 +62,41 @@ Connection::~Connection() {
 
 void Connection::start(std::shared_ptr<void> owner) {
     queue_.start(std::move(owner), [this] { subscribers_.clear(); });
+    isKeptConnecting_ = isConnectedAtStart();
+    keepConnecting();
+}
+
+bool Connection::isConnectedAtStart() const {
+    return settings_.valueOf("ConnectAtStart") == "Y";
+}
+
+// By the session's own hours and ReconnectInterval, until somebody disconnects.
+void Connection::keepConnecting() {
+    std::lock_guard const lock(lifecycle_);
+    if (isKeptConnecting_) {
+        diary_.connecting(addressOf(settings_));
+        session_->start(logonFields());
+    }
+}
+
+FixFields Connection::logonFields() const {
+    std::lock_guard const lock(fieldsMutex_);
+    return logonFields_;
 }
 
 std::string Connection::described(std::string const& what) const {
     return "connection " + name() + ": " + what;
 }
 
-void Connection::connect(ZANFieldGroup const* logonFields) {
+void Connection::connect(ZANFieldGroup const* logonFields, std::string const& user) {
     auto const deadline = LinkWatch::Clock::now() + settings_.logonTimeout;
     FixFields fields;
+    LogonNumbers numbers;
     try {
-        fields = logonFields ? logonFieldsFromModel(*logonFields, dictionary_) : FixFields{};
+        if (logonFields) {
+            numbers = logonNumbersOf(*logonFields);
+            fields = withoutNumbers(logonFieldsFromModel(*logonFields, dictionary_));
+        }
     } catch (MalformedMessage const& e) {
         fail<ZANInvalidMessageException>(described(e.what()));
     }
@@ -72,7 +105,37 @@ void Connection::connect(ZANFieldGroup const* logonFields) {
         throw ZANCannotConnectException(described("another attempt to connect takes too long"));
     }
     if (!watch_.isLoggedOn()) {
+        requireOpen();
+        setNumbers(numbers, user);
         logOn(fields, deadline);
+    }
+}
+
+void Connection::requireOpen() {
+    long long const now = infra::Time::now().getMillis();
+    if (!hours_.isOpen(now)) {
+        std::string const reason = hours_.closedText(now);
+        trouble(FixTrouble::closed, reason);
+        throw ZANCannotConnectException(described(reason));
+    }
+}
+
+// The turn to connect is the caller's.
+void Connection::setNumbers(LogonNumbers const& wanted, std::string const& user) {
+    if (wanted.isReset) {
+        endSession();
+        resetNow(user);
+    } else if (wanted.nextOut || wanted.nextIn) {
+        endSession();
+        FixNumbers const numbers{wanted.nextOut.value_or(0), wanted.nextIn.value_or(0)};
+        std::vector<std::string> notes;
+        if (wanted.nextOut) {
+            notes.push_back(numberNote("out", numbers.nextOut, user));
+        }
+        if (wanted.nextIn) {
+            notes.push_back(numberNote("in", numbers.nextIn, user));
+        }
+        history_.guarded([&] { session_->setNumbers(numbers, notes); });
     }
 }
 
@@ -85,11 +148,13 @@ void Connection::logOn(FixFields const& fields, LinkWatch::Clock::time_point dea
         std::lock_guard const lock(fieldsMutex_);
         logonFields_ = fields;
     }
+    isKeptConnecting_ = isConnectedAtStart();
     session_->start(fields);
     LogonResult const result = watch_.waitForLogon(deadline);
     if (result.outcome != LogonResult::Outcome::LoggedOn) {
         endSession();
         diary_.notConnected(result.reason);
+        keepConnecting();
         failToConnect(result);
     }
 }
@@ -113,6 +178,7 @@ void Connection::endSession() {
 }
 
 void Connection::disconnect(std::string const& reason) {
+    isKeptConnecting_ = false;
     watch_.cancelLogon("disconnected by the application");
     std::chrono::seconds const patience(std::stol(settings_.valueOf("LogoutTimeout", "2")));
     if (watch_.isLoggedOn()) {
@@ -130,17 +196,21 @@ void Connection::resetNumbers(std::string const& user) {
         throw ZANCannotConnectException(described("an attempt to connect takes too long"));
     }
     bool const wasLoggedOn = watch_.isLoggedOn();
+    bool const wasKeptConnecting = isKeptConnecting_;
     disconnect("the sequence numbers are reset");
-    std::string const who = user.empty() ? "an application without a user name" : user;
-    history_.guarded([&] { session_->resetNumbers("sequence numbers reset to 1 by " + who); });
+    resetNow(user);
     if (wasLoggedOn) {
-        FixFields fields;
-        {
-            std::lock_guard const lock(fieldsMutex_);
-            fields = logonFields_;
-        }
-        logOn(fields, LinkWatch::Clock::now() + settings_.logonTimeout);
+        logOn(logonFields(), LinkWatch::Clock::now() + settings_.logonTimeout);
+    } else {
+        isKeptConnecting_ = wasKeptConnecting;
+        keepConnecting();
     }
+}
+
+// For a session that is stopped.
+void Connection::resetNow(std::string const& user) {
+    history_.guarded(
+        [&] { session_->resetNumbers("sequence numbers reset to 1 by " + nameOf(user)); });
 }
 
 bool Connection::ping(std::chrono::milliseconds timeout) {

@@ -14,6 +14,7 @@
 #include "server/engine/ConnectionFigures.h"
 #include "server/engine/DeliveryQueue.h"
 #include "server/engine/LinkWatch.h"
+#include "server/engine/LogonNumbers.h"
 #include "server/engine/MessageHistory.h"
 #include "server/engine/SendQueue.h"
 #include "server/engine/Subscribers.h"
@@ -21,6 +22,7 @@
 #include "server/engine/TrafficCounters.h"
 #include "server/log/MessageLog.h"
 #include "server/sessions/FixSession.h"
+#include "server/sessions/SessionHours.h"
 #include "server/wire/OutgoingMessage.h"
 
 #include <array>
@@ -53,21 +55,25 @@ public:
     Connection(Connection const&) = delete;
     Connection& operator=(Connection const&) = delete;
 
-    /// Begins to deliver; the delivery thread holds `owner`, which has this connection, until it
-    /// ends.
+    /// Begins to deliver, and to connect where ConnectAtStart says so; the delivery thread holds
+    /// `owner`, which has this connection, until it ends.
     void start(std::shared_ptr<void> owner);
 
     std::string const& name() const { return settings_.name; }
 
-    /// Logs on, adding these fields to the Logon; they stand until the next `connect`. Returns at
-    /// once when the session is logged on. Throws `ZANCannotConnectException`,
+    /// Logs on, adding these fields to the Logon; they stand until the next `connect`. Null is no
+    /// fields. 34, 789 and 141=Y among them set the numbers before; the log tells that `user` did
+    /// it. Returns at once, without doing any of this, when the session is logged on. Throws
+    /// `ZANInvalidMessageException` for fields that cannot be used,
+    /// `ZANCannotConnectException`, outside the session's hours at once,
     /// `ZANInvalidLogonException` with the counterparty's words, or
     /// `ZANPersistentStorageException`, no later than the LogonTimeout. After a failure nothing
-    /// goes on in the background; after a success the session logs on again by itself whenever the
-    /// link is lost. Null is no fields.
-    void connect(ZANFieldGroup const* logonFields);
+    /// goes on in the background, but with ConnectAtStart; after a success the session logs on
+    /// again by itself whenever the link is lost.
+    void connect(ZANFieldGroup const* logonFields, std::string const& user);
 
-    /// Logs out and closes the link; returns when it is closed. Ends an attempt to connect.
+    /// Logs out and closes the link; returns when it is closed. Ends an attempt to connect, and
+    /// those that go on by themselves, until the next `connect`.
     void disconnect(std::string const& reason);
 
     /// Both sequence numbers are 1 again, here and, with the next Logon, at the counterparty. A
@@ -137,6 +143,12 @@ private:
     void trouble(FixTrouble kind, std::string const& text) override;
 
     void logOn(FixFields const& fields, LinkWatch::Clock::time_point deadline);
+    bool isConnectedAtStart() const;
+    void keepConnecting();
+    void requireOpen();
+    void setNumbers(LogonNumbers const& numbers, std::string const& user);
+    void resetNow(std::string const& user);
+    FixFields logonFields() const;
     void endSession();
     void setReading();
     FixSendResult sendTogether(std::vector<FixOutgoing> const& messages, std::vector<long>& ids);
@@ -166,6 +178,7 @@ private:
 
     ConnectionSettings const settings_;
     CompiledDictionary const dictionary_;
+    SessionHours const hours_;
     EventSink const sink_;
     ConnectionDiary diary_;
     TrafficCounters traffic_;
@@ -181,6 +194,7 @@ private:
     std::mutex lifecycle_; // one start or stop of the session at a time
     mutable std::mutex fieldsMutex_;
     FixFields logonFields_;
+    std::atomic<bool> isKeptConnecting_{false};
     std::atomic<long> pings_{0};
     bool isStuckReported_ = false; // of `maintain` alone
     mutable std::mutex newestMutex_;

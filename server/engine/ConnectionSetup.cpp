@@ -41,6 +41,14 @@ LogSettings logSettings(ConnectionSettings const& settings, std::string const& d
             settings.valueOf("Durability", "normal") == "full"};
 }
 
+SessionHours hoursOf(ConnectionSettings const& settings) {
+    try {
+        return SessionHours(settings.keys);
+    } catch (std::runtime_error const& e) {
+        throw WrongConfigurationException("connection " + settings.name + ": " + e.what());
+    }
+}
+
 std::string addressOf(ConnectionSettings const& settings) {
     return settings.valueOf("SocketConnectHost") + ":" + settings.valueOf("SocketConnectPort");
 }

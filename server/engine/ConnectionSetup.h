@@ -8,6 +8,7 @@
 #include "server/log/MessageLog.h"
 #include "server/sessions/FixSession.h"
 #include "server/sessions/GroupDictionary.h"
+#include "server/sessions/SessionHours.h"
 
 #include <string>
 
@@ -19,6 +20,9 @@ GroupDictionary loadDictionary(ConnectionSettings const& settings);
 
 /// The file of the connection's message log in this folder, and how durable it has to be.
 LogSettings logSettings(ConnectionSettings const& settings, std::string const& dataFolder);
+
+/// When the session is open. Throws `WrongConfigurationException`.
+SessionHours hoursOf(ConnectionSettings const& settings);
 
 /// `host:port` of the counterparty.
 std::string addressOf(ConnectionSettings const& settings);

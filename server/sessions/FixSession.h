@@ -153,7 +153,8 @@ public:
     /// report.
     virtual void resetNumbers(std::string const& note) = 0;
 
-    /// Sets the numbers, with a remark in the store for each note. Under the same conditions.
+    /// Sets the numbers, with a remark in the store for each note; 0 leaves a number as it is. A
+    /// reset that the counterparty was to be asked for is given up. Under the same conditions.
     virtual void setNumbers(FixNumbers numbers, std::vector<std::string> const& notes) = 0;
 
     virtual bool isLoggedOn() const = 0;

@@ -454,7 +454,10 @@ void QuickFixSession::resetNumbers(std::string const& note) {
 void QuickFixSession::setNumbers(FixNumbers numbers, std::vector<std::string> const& notes) {
     changeNumbers(notes, [this, numbers] {
         renewNumbering();
-        store_.setNumbers(numbers);
+        FixNumbers const now = store_.current();
+        store_.setNumbers({numbers.nextOut > 0 ? numbers.nextOut : now.nextOut,
+                           numbers.nextIn > 0 ? numbers.nextIn : now.nextIn});
+        store_.askForReset(false);
     });
 }
 

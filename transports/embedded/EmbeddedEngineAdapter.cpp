@@ -139,13 +139,13 @@ void EmbeddedEngineAdapter::report(counted_ptr<ZANEvent> const& event) {
     }
 }
 
-void EmbeddedEngineAdapter::connect(Ticket, Name connection,
+void EmbeddedEngineAdapter::connect(Ticket ticket, Name connection,
                                     counted_ptr<ZANFieldGroup> logonFields) {
-    at(connection)->connect(logonFields.get());
+    at(connection)->connect(logonFields.get(), ticket.getUser());
 }
 
-void EmbeddedEngineAdapter::connect(Ticket, Name connection) {
-    at(connection)->connect(nullptr);
+void EmbeddedEngineAdapter::connect(Ticket ticket, Name connection) {
+    at(connection)->connect(nullptr, ticket.getUser());
 }
 
 void EmbeddedEngineAdapter::disconnect(Ticket, Name connection, std::string const& reason) {

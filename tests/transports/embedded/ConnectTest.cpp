@@ -73,6 +73,71 @@ TEST_F(ConnectTest, TellsTheWordsWithWhichTheLogonWasRefused) {
               "Rejected Logon Attempt: not before nine");
 }
 
+// Hours of one hour that begin two hours from now.
+std::string hoursToCome() {
+    std::int64_t const hour = 3'600'000;
+    std::int64_t const now = infra::Time::now().getMillis();
+    auto const timeOfDay = [](std::int64_t millis) {
+        return infra::Time(millis).toString().substr(9, 8);
+    };
+    return "StartTime=" + timeOfDay(now + 2 * hour) + "\nEndTime=" + timeOfDay(now + 3 * hour) +
+           "\n";
+}
+
+TEST_F(ConnectTest, TellsAtOnceWhenTheSessionOpensOutsideItsHours) {
+    startAcceptor();
+    std::string text = sessionText();
+    std::string const always = "StartTime=00:00:00\nEndTime=00:00:00\n";
+    text.replace(text.find(always), always.size(), hoursToCome());
+    ZANEngineProxy::initialize(Url("embedded:" + writeSessionFile(text)));
+    counted_ptr<ZANFieldGroup> const fields(new ZANFieldGroup("A"));
+    fields->setFieldValue(34, 7L);
+    auto const before = Clock::now();
+    std::string const failure =
+        failureOf<ZANCannotConnectException>([&] { engine().connect(me, "C", fields); });
+    EXPECT_LT(Clock::now() - before, std::chrono::seconds(2));
+    EXPECT_EQ(failure.find("connection C: outside its hours (StartTime="), 0u) << failure;
+    EXPECT_NE(failure.find("; it opens at 20"), std::string::npos) << failure;
+    EXPECT_EQ("connection C: " + engine().getConnectionState(me, "C")->getLastError(), failure);
+    EXPECT_EQ(table("id").size(), 1u); // the names of the columns alone
+}
+
+TEST_F(ConnectTest, GoesOnByItselfFromTheStartWhereTheSessionFileSaysSo) {
+    startAcceptor();
+    acceptor_.reset();
+    startEngine("ConnectAtStart=Y\n");
+    ASSERT_TRUE(
+        eventually([] { return !engine().getConnectionState(me, "C")->getLastError().empty(); }));
+    failureOf<ZANCannotConnectException>([] { engine().connect(me, "C"); });
+    startAcceptor();
+    EXPECT_TRUE(eventually(isConnected));
+    engine().disconnect(me, "C", "enough");
+    std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+    EXPECT_FALSE(isConnected());
+}
+
+TEST_F(ConnectTest, GoesOnByItselfAfterAResetWhereTheSessionFileSaysSo) {
+    startAcceptor();
+    acceptor_.reset();
+    startEngine("ConnectAtStart=Y\n");
+    engine().resetConnection(me, "C");
+    startAcceptor();
+    EXPECT_TRUE(eventually(isConnected));
+    EXPECT_NE(acceptor_->waitForLine("|35=A|").find("|141=Y|"), std::string::npos);
+}
+
+TEST_F(ConnectTest, UsesNoNumberWhereNobodyListens) {
+    startAcceptor();
+    acceptor_.reset();
+    startEngine();
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        failureOf<ZANCannotConnectException>([] { engine().connect(me, "C"); });
+    }
+    startAcceptor();
+    engine().connect(me, "C");
+    EXPECT_NE(acceptor_->waitForLine("|35=A|").find("|34=1|"), std::string::npos);
+}
+
 TEST_F(ConnectTest, FailsAtOnceWhereNobodyListens) {
     startAcceptor();
     acceptor_.reset();
