@@ -39,6 +39,7 @@ Engine::Engine(std::vector<ConnectionSettings> connections, std::string const& d
             connections_.push_back(std::make_unique<Connection>(std::move(settings), folder_.path(),
                                                                 sink, diagnostics_));
         } catch (LogFailure const& e) {
+            diagnostics_.tell(DiagnosticLevel::Error, "log", [&] { return e.what(); });
             fail<ZANPersistentStorageException>(e.what());
         }
     }
@@ -56,12 +57,18 @@ void Engine::start() {
         return "runs; connections: " + std::to_string(connections_.size()) +
                ", data folder: " + dataFolder();
     });
+    if (!folder_.warning().empty()) {
+        diagnostics_.tell(DiagnosticLevel::Warning, "engine", [this] { return folder_.warning(); });
+    }
 }
 
 void Engine::keep() {
     std::unique_lock lock(keeperMutex_);
     while (!keeperWakes_.wait_for(lock, keepersInterval, [this] { return isStopping_; })) {
         lock.unlock();
+        if (std::string const news = folder_.watchLock(); !news.empty()) {
+            diagnostics_.tell(DiagnosticLevel::Error, "engine", [&] { return news; });
+        }
         for (auto const& connection : connections_) {
             connection->maintain();
         }

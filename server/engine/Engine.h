@@ -63,7 +63,7 @@ private:
     void keep();
 
     DiagnosticQueue diagnostics_;
-    DataFolder const folder_;
+    DataFolder folder_;
     std::vector<std::unique_ptr<Connection>> connections_;
     std::mutex keeperMutex_;
     std::condition_variable keeperWakes_;

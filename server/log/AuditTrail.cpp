@@ -2,6 +2,7 @@
 
 #include "server/log/LogClock.h"
 #include "server/wire/FieldText.h"
+#include "server/wire/Secrets.h"
 
 #include <utility>
 
@@ -53,6 +54,8 @@ TableRow auditRow(ReadConnection& connection, long entry) {
     row[1] = audit.bytes(1);
     row[2] = audit.bytes(2);
     row[4] = audit.bytes(4);
+    row[10] = maskSecrets(row[10]);
+    row[11] = maskSecrets(row[11]);
     return row;
 }
 

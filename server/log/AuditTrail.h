@@ -23,7 +23,7 @@ using TableRow = std::array<std::string, tableColumns.size()>;
 /// As text in every column but the audit's own.
 TableRow tableRowOf(FixEntry const& entry);
 
-/// Of the audit, by the number of its entry.
+/// Of the audit, by the number of its entry; without secrets, which the file keeps.
 TableRow auditRow(ReadConnection& connection, long entry);
 
 /// Writes what one edit did.

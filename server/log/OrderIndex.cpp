@@ -143,6 +143,10 @@ void OrderIndex::withFile(std::function<void(OrderIndexFile&)> const& work) {
 }
 
 OrderIndexFile& OrderIndex::openFile() {
+    if (open_ && !open_->isInPlace()) {
+        open_.reset();
+        removeFile();
+    }
     if (!open_) {
         auto file = std::make_unique<OrderIndexFile>(file_);
         if (!file->fits(logIdentity_, std::max(lastOfLog_, reached()))) {

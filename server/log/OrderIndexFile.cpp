@@ -34,7 +34,7 @@ OrderIndexFile::OrderIndexFile(std::string const& file)
       add_(database_, "INSERT OR IGNORE INTO orders VALUES(?1,?2)"),
       find_(database_, "SELECT id FROM orders WHERE key=?1"),
       readMeta_(database_, "SELECT value FROM meta WHERE name=?1"),
-      writeMeta_(database_, "INSERT OR REPLACE INTO meta VALUES(?1,?2)"),
+      writeMeta_(database_, "INSERT OR REPLACE INTO meta VALUES(?1,?2)"), watch_(file),
       reached_(static_cast<long>(meta("reached"))), edits_(meta("edits")) {}
 
 bool OrderIndexFile::fits(std::int64_t logIdentity, long lastOfLog) {

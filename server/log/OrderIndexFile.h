@@ -4,6 +4,7 @@
 #ifndef ZANENGINE_SERVER_LOG_ORDERINDEXFILE_H
 #define ZANENGINE_SERVER_LOG_ORDERINDEXFILE_H
 
+#include "server/log/FileWatch.h"
 #include "server/log/ReadPool.h"
 #include "server/log/Sqlite.h"
 
@@ -17,6 +18,9 @@ namespace zan::server {
 class OrderIndexFile {
 public:
     explicit OrderIndexFile(std::string const& file);
+
+    /// Does the file still lie under its name, with all that was written into it?
+    bool isInPlace() { return watch_.look() == FileWatch::State::InPlace; }
 
     /// Was it made from this log, of which it knows nothing that is not there, and is everything
     /// that it ever held still in it?
@@ -51,6 +55,7 @@ private:
     Statement find_;
     Statement readMeta_;
     Statement writeMeta_;
+    FileWatch watch_;
     long reached_ = 0;
     std::int64_t edits_ = 0;
 };

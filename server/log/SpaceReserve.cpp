@@ -1,5 +1,7 @@
 #include "server/log/SpaceReserve.h"
 
+#include "server/log/PrivateFile.h"
+
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -36,7 +38,7 @@ void SpaceReserve::renew() {
     if (isThere_ || std::filesystem::space(folder, error).available < leastRoom || error) {
         return;
     }
-    int const descriptor = open(file_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    int const descriptor = openPrivate(file_.c_str(), O_RDWR | O_CREAT);
     if (descriptor < 0) {
         return;
     }
