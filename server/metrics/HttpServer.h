@@ -1,8 +1,9 @@
 /// A small HTTP server for a few pages of plain text.
 ///
 /// One thread of its own serves all clients by turns, so a client that sends or reads nothing holds
-/// up nobody. Connections, their memory and their time without a byte are bounded; whoever comes
-/// beyond the bounds is turned away.
+/// up nobody. A connection serves one request. Their number, their memory, their time without a
+/// byte and their time altogether are bounded: whoever takes too long is cut off, and also whoever
+/// is connected longest when too many are.
 ///
 /// Threads: made and ended by its owner.
 #ifndef ZANENGINE_SERVER_METRICS_HTTPSERVER_H

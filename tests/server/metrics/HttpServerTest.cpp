@@ -8,7 +8,9 @@
 #include <list>
 #include <optional>
 #include <stdexcept>
+#include <stop_token>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -134,6 +136,54 @@ TEST_F(HttpServerTest, TellsWhichAddressItCannotListenOn) {
         EXPECT_EQ(std::string(e.what()), "cannot listen on 127.0.0.1:" + std::to_string(port()) +
                                              ": Address already in use");
     }
+}
+
+/// Clients that send a byte now and then, which never makes a whole request.
+class SlowClients {
+public:
+    SlowClients(int port, int count) {
+        for (int i = 0; i < count; ++i) {
+            clients_.emplace_back(port);
+        }
+    }
+
+    void sendAByteEach() {
+        for (HttpConnection const& client : clients_) {
+            client.send("G");
+        }
+    }
+
+    HttpConnection const& first() const { return clients_.front(); }
+
+private:
+    std::list<HttpConnection> clients_;
+};
+
+TEST_F(HttpServerTest, AnswersBesideManySlowClients) {
+    startEcho();
+    SlowClients slow(port(), 100);
+    for (int i = 0; i < 5; ++i) {
+        slow.sendAByteEach();
+        auto const before = Clock::now();
+        EXPECT_EQ(httpGet(port(), "/page").status, 200);
+        EXPECT_LT(Clock::now() - before, std::chrono::seconds(4));
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    }
+}
+
+TEST_F(HttpServerTest, CutsOffARequestThatTakesTooLong) {
+    startEcho();
+    SlowClients slow(port(), 1);
+    auto const before = Clock::now();
+    std::jthread const sending([&](std::stop_token const& isEnough) {
+        while (!isEnough.stop_requested()) {
+            slow.sendAByteEach();
+            std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        }
+    });
+    slow.first().readAll();
+    EXPECT_GT(Clock::now() - before, std::chrono::seconds(5)); // longer than without a byte
+    EXPECT_LT(Clock::now() - before, std::chrono::seconds(18));
 }
 
 } // namespace
