@@ -8,6 +8,7 @@
 #include "server/engine/ConnectionSetup.h"
 #include "server/engine/EngineErrors.h"
 #include "server/wire/FieldText.h"
+#include "server/wire/Secrets.h"
 
 #include <algorithm>
 #include <utility>
@@ -85,7 +86,7 @@ FixFields Connection::logonFields() const {
 }
 
 std::string Connection::described(std::string const& what) const {
-    return "connection " + name() + ": " + what;
+    return "connection " + name() + ": " + shownText(what);
 }
 
 void Connection::connect(ZANFieldGroup const* logonFields, std::string const& user) {

@@ -2,6 +2,7 @@
 
 #include "infra/Time.h"
 #include "server/wire/FieldText.h"
+#include "server/wire/Secrets.h"
 
 #include <utility>
 
@@ -96,7 +97,8 @@ void LinkWatch::loggedOff() {
     change(isLogoutSeen_ ? FLAG_LOGGED_OUT : 0, FLAG_SESSION_ACTIVE);
 }
 
-bool LinkWatch::trouble(FixTrouble kind, std::string const& text) {
+bool LinkWatch::trouble(FixTrouble kind, std::string const& what) {
+    std::string const text = shownText(what);
     std::lock_guard const lock(mutex_);
     long const flag = flagOf(kind);
     bool const isNews = state_.lastError != text || (state_.flags & flag) != flag;
@@ -141,7 +143,7 @@ void LinkWatch::receivedAdmin(std::string const& message) {
         }
     } else if (type == "5" || type == "3") {
         std::lock_guard const lock(mutex_);
-        std::string const text(valueOf(message, textTag));
+        std::string const text = shownText(std::string(valueOf(message, textTag)));
         if (!state_.has(FLAG_SESSION_ACTIVE)) {
             state_.lastError = text.empty() ? "refused without a reason" : text;
             endLogon(LogonResult::Outcome::Refused, state_.lastError);

@@ -38,7 +38,7 @@ public:
     void loggedOn(int heartbeatSeconds);
     void loggedOff();
     /// False when that was known already.
-    bool trouble(FixTrouble kind, std::string const& text);
+    bool trouble(FixTrouble kind, std::string const& what);
     /// Something was stored, or could be: what was in the way of it is gone.
     void stored();
     void receivedAdmin(std::string const& message);

@@ -112,4 +112,18 @@ std::string maskSecrets(std::string const& text) {
     return masked.append(text, copied);
 }
 
+std::string shownText(std::string const& text) {
+    std::string shown = maskSecrets(text);
+    std::size_t const size = shown.size();
+    if (size <= longestShownText) {
+        return shown;
+    }
+    std::size_t end = longestShownText;
+    while (end > 0 && (static_cast<unsigned char>(shown[end]) & 0xc0) == 0x80) {
+        --end; // not within a character of UTF-8
+    }
+    shown.resize(end);
+    return shown + " ... (cut, " + std::to_string(size) + " bytes in all)";
+}
+
 } // namespace zan::server

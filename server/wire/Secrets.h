@@ -4,6 +4,7 @@
 #ifndef ZANENGINE_SERVER_WIRE_SECRETS_H
 #define ZANENGINE_SERVER_WIRE_SECRETS_H
 
+#include <cstddef>
 #include <string>
 
 namespace zan::server {
@@ -15,6 +16,12 @@ bool isSecretTag(int tag);
 /// the beginning of one, with SOH or `|` between its fields. RawData (96) is kept where nothing
 /// tells that it belongs to a Logon (35=A); behind its length (95) it may hold separators.
 std::string maskSecrets(std::string const& text);
+
+/// The longest text of a counterparty's that states and exceptions show, in bytes.
+inline constexpr std::size_t longestShownText = 1'000;
+
+/// The text without its secrets, cut after `longestShownText` bytes with a note that it was.
+std::string shownText(std::string const& text);
 
 } // namespace zan::server
 

@@ -10,6 +10,7 @@ namespace {
 
 using zan::server::isSecretTag;
 using zan::server::maskSecrets;
+using zan::server::shownText;
 
 // The same with both separators.
 void expectMasked(std::string const& text, std::string const& masked) {
@@ -72,6 +73,18 @@ TEST(Secrets, AreNotWhatOnlyLooksLikeThem) {
          {"1554=x|", "5540=x|", "55=554|", "x554=y|", "554", "", "=", "a=b", "58=554=x|"}) {
         EXPECT_EQ(maskSecrets(text), text);
     }
+}
+
+TEST(ShownText, IsCutWithANoteThatItWas) {
+    EXPECT_EQ(shownText("short, 554=secret|"), "short, 554=***|");
+    std::string const shown = shownText(std::string(10'000'000, 'x'));
+    EXPECT_EQ(shown, std::string(1'000, 'x') + " ... (cut, 10000000 bytes in all)");
+    EXPECT_EQ(shownText(std::string(1'000, 'x')), std::string(1'000, 'x'));
+}
+
+TEST(ShownText, IsNotCutWithinACharacter) {
+    std::string text = std::string(999, 'x') + "\xe2\x82\xac" + std::string(50, 'y');
+    EXPECT_EQ(shownText(text), std::string(999, 'x') + " ... (cut, 1052 bytes in all)");
 }
 
 } // namespace
