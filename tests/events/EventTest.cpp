@@ -58,6 +58,7 @@ TEST(Event, OnlyAnAdminMessageEventIsAdministrative) {
     EXPECT_FALSE(ZANAppMessageEvent("A", newOrder()).isAdmin());
     EXPECT_FALSE(ZANAppMessageEvent(std::string("A"), newOrder()).isAdmin());
     EXPECT_FALSE(ZANConnectionStateEvent("A", state).isAdmin());
+    EXPECT_FALSE(ZANConnectionStateEvent(std::string("A"), state).isAdmin());
 }
 
 TEST(Event, KeepsTheMessageAliveForWhoTookIt) {
