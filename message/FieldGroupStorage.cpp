@@ -9,19 +9,23 @@ namespace zan {
 namespace {
 
 void chain(GroupTable& groups, counted_ptr<InstanceList>& pending) {
-    GroupTable taken;
-    taken.swap(groups);
-    for (GroupTable::Cursor cursor(taken); cursor.hasNext(); cursor.next()) {
-        auto& list = cursor.pointer();
+    for (GroupTable::Cursor cursor(groups); cursor.hasNext(); cursor.next()) {
+        auto list = std::move(cursor.pointer());
         list->next = std::move(pending);
-        pending = list;
+        pending = std::move(list);
     }
+    groups.discard();
 }
 
 } // namespace
 
 Instances allInstances(GroupTable const& groups) {
     Instances all;
+    std::size_t size = 0;
+    for (GroupTable::Cursor cursor(groups); cursor.hasNext(); cursor.next()) {
+        size += cursor.pointer()->instances.size();
+    }
+    all.reserve(size);
     for (GroupTable::Cursor cursor(groups); cursor.hasNext(); cursor.next()) {
         for (auto const& instance : cursor.pointer()->instances) {
             if (instance) {
@@ -43,7 +47,10 @@ void Contents::discardGroups() noexcept {
         ending.swap(list->instances);
         for (auto& instance : ending) {
             if (instance && instance.use_count() == 1 && GroupAccess::isPlain(*instance)) {
-                chain(GroupAccess::contents(*instance).groups, pending);
+                auto& inner = GroupAccess::contents(*instance).groups;
+                if (!inner.empty()) {
+                    chain(inner, pending);
+                }
             }
             instance.reset();
         }

@@ -71,8 +71,10 @@ struct ZANFieldGroup::Storage : zan::Pooled, zan::Contents {
 
     ~Storage() {
         while (!fields.empty() || !groups.empty()) {
-            zan::Contents ending;
-            ending.swap(*this);
+            if (!groups.empty()) {
+                discardGroups();
+            }
+            fields.discard();
         }
     }
 };

@@ -90,20 +90,32 @@ public:
         unsigned index_ = 0;
     };
 
-    TagTable() noexcept {
-        std::fill(tagsInPlace_, tagsInPlace_ + shortestRun, noTag);
-        first_.capacity = shortestRun;
-        useEntriesInPlace();
-    }
+    TagTable() noexcept { useEntriesInPlace(); }
     TagTable(TagTable const&) = delete;
     TagTable& operator=(TagTable const&) = delete;
-    ~TagTable() {
-        releaseRun(first_);
-        if (following_) {
-            for (Run& run : *following_) {
-                releaseRun(run);
+    ~TagTable() { discard(); }
+
+    /// Destroys all entries, which nobody finds any more then, and what their destructors add.
+    void discard() noexcept {
+        while (first_.size > 0) {
+            Run ending = first_;
+            alignas(Pointer) unsigned char pointers[sizeof pointersInPlace_];
+            if (ending.capacity == shortestRun) {
+                std::memcpy(pointers, pointersInPlace_, sizeof pointers);
+                ending.pointers = reinterpret_cast<Pointer*>(pointers);
+            }
+            auto const following = std::move(following_);
+            useEntriesInPlace();
+            ++changes_;
+            releaseRun(ending);
+            if (following) {
+                for (Run& run : *following) {
+                    releaseRun(run);
+                }
             }
         }
+        freeBlock(first_);
+        useEntriesInPlace();
     }
 
     bool empty() const { return first_.size == 0; }
@@ -118,7 +130,7 @@ public:
         std::swap(pointersInPlace_, other.pointersInPlace_);
         for (TagTable* table : {this, &other}) {
             if (table->first_.capacity == shortestRun) {
-                table->useEntriesInPlace();
+                table->pointInPlace();
             }
             ++table->changes_;
         }
@@ -387,9 +399,16 @@ private:
         run = Run();
     }
 
-    void useEntriesInPlace() {
+    void pointInPlace() {
         first_.pointers = reinterpret_cast<Pointer*>(pointersInPlace_);
         first_.tags = tagsInPlace_;
+    }
+
+    void useEntriesInPlace() {
+        std::fill(tagsInPlace_, tagsInPlace_ + shortestRun, noTag);
+        first_.size = 0;
+        first_.capacity = shortestRun;
+        pointInPlace();
     }
 
     Run first_;
