@@ -55,11 +55,13 @@
 
 #include "adapter/AbiMark.h"
 #include "adapter/AdapterModule.h"
+#include "adapter/DeliveryThread.h"
 #include "adapter/IZANEngine.h"
 #include "adapter/IZANEngineAdapter.h"
 #include "adapter/IZANEngineAdapterFactory.h"
 #include "adapter/IZANEngineConfigProvider.h"
 #include "adapter/IZANEventListener.h"
+#include "adapter/ListenerCounts.h"
 #include "adapter/ZANEngineAdapterBase.h"
 
 #include "engine/AutoMutex.h"

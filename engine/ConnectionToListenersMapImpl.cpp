@@ -1,9 +1,39 @@
 #include "engine/ConnectionToListenersMapImpl.h"
 
+#include "adapter/ListenerCounts.h"
+
 #include <algorithm>
 #include <utility>
 
 ZANEngineProxy::ConnectionToListenersMap::~ConnectionToListenersMap() = default;
+
+ListenerList::ListenerList(ListenerList const& other) {
+    std::lock_guard const lock(zan::listenerCounts());
+    listeners_ = other.listeners_;
+}
+
+ListenerList::~ListenerList() {
+    for (Pointer& listener : listeners_) {
+        zan::letGo(listener);
+    }
+}
+
+void ListenerList::add(Pointer const& listener) {
+    listeners_.push_back(zan::share(listener));
+}
+
+void ListenerList::remove(IZANEventListener const* listener) {
+    auto const position = std::ranges::find(listeners_, listener, &Pointer::get);
+    if (position != listeners_.end()) {
+        Pointer removed = std::move(*position);
+        listeners_.erase(position);
+        zan::letGo(removed);
+    }
+}
+
+bool ListenerList::has(IZANEventListener const* listener) const {
+    return std::ranges::find(listeners_, listener, &Pointer::get) != listeners_.end();
+}
 
 namespace {
 
@@ -19,31 +49,35 @@ ListenerList& ownList(counted_ptr<ListenerList>& list) {
 
 void ConnectionToListenersMapImpl::addListener(std::string const& connectionName,
                                                counted_ptr<IZANEventListener> listener) {
+    add(connectionName, listener);
+}
+
+void ConnectionToListenersMapImpl::add(std::string const& connectionName,
+                                       counted_ptr<IZANEventListener> const& listener) {
     auto entry = lists_.find(connectionName);
     if (entry == lists_.end()) {
         counted_ptr<ListenerList> list(new ListenerList);
         entry = lists_.emplace(connectionName, std::move(list)).first;
     }
-    auto const& list = *entry->second;
-    if (std::find(list.begin(), list.end(), listener) == list.end()) {
-        ownList(entry->second).push_back(std::move(listener));
+    if (!entry->second->has(listener.get())) {
+        ownList(entry->second).add(listener);
     }
 }
 
 void ConnectionToListenersMapImpl::removeListener(std::string const& connectionName,
                                                   counted_ptr<IZANEventListener> listener) {
+    remove(connectionName, listener.get());
+}
+
+void ConnectionToListenersMapImpl::remove(std::string const& connectionName,
+                                          IZANEventListener const* listener) {
     auto const entry = lists_.find(connectionName);
-    if (entry == lists_.end()) {
+    if (entry == lists_.end() || !entry->second->has(listener)) {
         return;
     }
-    auto const position = std::find(entry->second->begin(), entry->second->end(), listener);
-    if (position == entry->second->end()) {
-        return;
-    }
-    auto const index = position - entry->second->begin();
-    auto& list = ownList(entry->second);
-    list.erase(list.begin() + index);
-    if (list.empty()) {
+    ListenerList& list = ownList(entry->second);
+    list.remove(listener);
+    if (list.listeners().empty()) {
         lists_.erase(entry);
     }
 }
@@ -64,7 +98,7 @@ ListenerIteratorImpl::ListenerIteratorImpl(counted_ptr<ListenerList> listeners)
     : listeners_(std::move(listeners)) {}
 
 bool ListenerIteratorImpl::hasNext() const {
-    return listeners_ && position_ < listeners_->size();
+    return listeners_ && position_ < listeners_->listeners().size();
 }
 
 void ListenerIteratorImpl::next() {
@@ -72,9 +106,9 @@ void ListenerIteratorImpl::next() {
 }
 
 counted_ptr<IZANEventListener>& ListenerIteratorImpl::current() {
-    return (*listeners_)[position_];
+    return listeners_->at(position_);
 }
 
 counted_ptr<IZANEventListener> const& ListenerIteratorImpl::current() const {
-    return (*listeners_)[position_];
+    return listeners_->at(position_);
 }

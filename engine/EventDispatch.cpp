@@ -1,4 +1,5 @@
 // The registry of listeners and the delivery of events to them.
+#include "adapter/DeliveryThread.h"
 #include "engine/ConnectionToListenersMapImpl.h"
 #include "engine/ScopedGuard.h"
 #include "engine/ZANEngineProxy.h"
@@ -52,36 +53,41 @@ std::string classNameOf(ZANEvent const& event) {
 
 } // namespace
 
-// The listeners of one event and the proxy that delivers it, held for the length of the delivery.
-// Counts change only under the listeners mutex, because other threads deliver to the same
-// listeners; what ends with the delivery, a listener or the proxy itself, ends after the mutex is
-// given back.
+// The listeners of one event, held for the length of the delivery. Meanwhile the proxy that
+// delivers is not ended: one that was told to end waits for its last delivery. The count of the
+// list, and how many deliveries there are, change only under the listeners mutex, because other
+// threads deliver to the same listeners; what ends with the delivery ends after the mutex is given
+// back.
 class ZANEngineProxy::Dispatch {
 public:
     Dispatch(ZANEngineProxy& proxy, counted_ptr<ConnectionToListenersMap> const& map,
              std::string const& connectionName)
-        : mutex_(proxy.ListenersMutex_) {
-        ScopedGuard const guard(mutex_);
-        if (!map) {
-            return;
+        : proxy_(proxy), hasMap_(map) {
+        ScopedGuard const guard(proxy_.ListenersMutex_);
+        if (hasMap_) {
+            // The proxy makes all its maps itself, in its constructor.
+            listeners_ =
+                static_cast<ConnectionToListenersMapImpl&>(*map).shareListeners(connectionName);
         }
-        hasMap_ = true;
-        // The proxy makes all its maps itself, in its constructor.
-        listeners_ =
-            static_cast<ConnectionToListenersMapImpl&>(*map).shareListeners(connectionName);
-        if (Instance_.get() == &proxy) {
-            proxy_ = Instance_;
-        }
+        ++proxy_.dispatches_;
     }
 
     Dispatch(Dispatch const&) = delete;
     Dispatch& operator=(Dispatch const&) = delete;
 
     ~Dispatch() {
-        ScopedGuard const guard(mutex_);
-        releaseShared(proxy_);
-        if (!proxy_) {
-            releaseListeners();
+        counted_ptr<ZANEngineProxy> ended;
+        {
+            ScopedGuard const guard(proxy_.ListenersMutex_);
+            if (--proxy_.dispatches_ == 0) {
+                ended = std::move(proxy_.endsWithDispatch_);
+            }
+            if (listeners_.use_count() > 1) {
+                listeners_.reset();
+            }
+        }
+        if (ended) {
+            end(ended);
         }
     }
 
@@ -91,7 +97,7 @@ public:
         if (!listeners_) {
             return;
         }
-        for (auto const& listener : *listeners_) {
+        for (auto const& listener : listeners_->listeners()) {
             if (listener) {
                 listener->processEvent(event);
             }
@@ -99,27 +105,28 @@ public:
     }
 
 private:
-    template <class T>
-    static void releaseShared(counted_ptr<T>& pointer) {
-        if (pointer.use_count() > 1) {
-            pointer.reset();
-        }
+    struct Listeners {
+        counted_ptr<ListenerList> called;
+        counted_ptr<ConnectionToListenersMap> app;
+        counted_ptr<ConnectionToListenersMap> admin;
+        counted_ptr<ConnectionToListenersMap> state;
+    };
+
+    // All its listeners end after the proxy, and after what the adapter's thread still has to end:
+    // who sees one end may start a new proxy.
+    void end(counted_ptr<ZANEngineProxy>& ended) {
+        auto last = std::make_shared<Listeners>();
+        last->called = std::move(listeners_);
+        last->app = std::move(proxy_.AppListeners_);
+        last->admin = std::move(proxy_.AdminListeners_);
+        last->state = std::move(proxy_.StateListeners_);
+        ended.reset();
+        zan::DeliveryThread::keep(std::move(last));
     }
 
-    void releaseListeners() {
-        releaseShared(listeners_);
-        if (listeners_) {
-            for (auto& listener : *listeners_) {
-                releaseShared(listener);
-            }
-        }
-    }
-
-    IMutex* const mutex_;
-    // The listeners end after a proxy that ends here: who sees one end may start a new proxy.
+    ZANEngineProxy& proxy_;
+    bool const hasMap_;
     counted_ptr<ListenerList> listeners_;
-    counted_ptr<ZANEngineProxy> proxy_;
-    bool hasMap_ = false;
 };
 
 bool ZANEngineProxy::selectListenersMap(counted_ptr<ConnectionToListenersMap>& map,
@@ -146,7 +153,7 @@ void ZANEngineProxy::subscribe(UserTicket const&, counted_ptr<IZANEventListener>
         throw ZANInvalidConfigPropertiesException("Attempt to subscribe to unknown event type: " +
                                                   eventType);
     }
-    map->addListener(connectionName, listener);
+    static_cast<ConnectionToListenersMapImpl&>(*map).add(connectionName, listener);
 }
 
 void ZANEngineProxy::unsubscribe(UserTicket const&, counted_ptr<IZANEventListener>& listener,
@@ -157,7 +164,7 @@ void ZANEngineProxy::unsubscribe(UserTicket const&, counted_ptr<IZANEventListene
         throw ZANInvalidConfigPropertiesException(
             "Attempt to unsubscribe from unknown event type: " + eventType);
     }
-    map->removeListener(connectionName, listener);
+    static_cast<ConnectionToListenersMapImpl&>(*map).remove(connectionName, listener.get());
 }
 
 void ZANEngineProxy::notifyListeners(counted_ptr<ZANEvent> event) {

@@ -5,17 +5,38 @@
 #include "engine/AutoMutex.h"
 #include "engine/ConnectionToListenersMapImpl.h"
 #include "engine/NullMutex.h"
+#include "engine/ScopedGuard.h"
 #include "errors/ZANAdapterCreationException.h"
 #include "errors/ZANEngineException.h"
 #include "infra/ValuePresentation.h"
 #include "infra/WrongConfigurationException.h"
 
+#include <atomic>
 #include <utility>
 
+namespace {
+
+// The proxy that `Instance_` holds, for adapters' threads: those may already run while it is
+// published, and still run when static objects end.
+constinit std::atomic<ZANEngineProxy*> published{nullptr};
+
+} // namespace
+
+// Static objects that end after the facade may still ask for it.
+struct ZANEngineProxy::EndOfProgram {
+    ~EndOfProgram() {
+        if (Instance_) {
+            end();
+        }
+    }
+};
+
 counted_ptr<ZANEngineProxy> ZANEngineProxy::Instance_;
+ZANEngineProxy::EndOfProgram const ZANEngineProxy::endOfProgram_;
 
 ZANEngineProxy::ZANEngineProxy()
-    : AdapterMutex_(nullptr), ListenersMutex_(nullptr), adapterIsThreadSafe_(false) {
+    : AdapterMutex_(nullptr), ListenersMutex_(nullptr), adapterIsThreadSafe_(false),
+      dispatches_(0) {
     AppListeners_ = createConnectionToAppListenersMap();
     AdminListeners_ = createConnectionToAdminListenersMap();
     StateListeners_ = createConnectionToStateListenersMap();
@@ -35,25 +56,25 @@ ZANEngineProxy::~ZANEngineProxy() {
 
 void ZANEngineProxy::initialize(counted_ptr<IZANEngineConfigProvider> provider,
                                 counted_ptr<IZANEngineAdapterFactory> factory) {
-    if (Instance_) {
+    if (isInitialized()) {
         return;
     }
     if (!factory) {
         throw WrongConfigurationException("Adapter factory cannot be NULL.");
     }
-    counted_ptr<ZANEngineProxy> const proxy(new ZANEngineProxy);
-    auto const adapter = factory->createAdapter(provider);
+    counted_ptr<ZANEngineProxy> proxy(new ZANEngineProxy);
+    auto adapter = factory->createAdapter(provider);
     if (!adapter) {
         throw ZANAdapterCreationException("Factory created empty adapter");
     }
-    start(proxy, adapter);
+    start(std::move(proxy), std::move(adapter));
 }
 
 void ZANEngineProxy::initialize(Url const& url) {
-    if (Instance_) {
+    if (isInitialized()) {
         return;
     }
-    counted_ptr<ZANEngineProxy> const proxy(new ZANEngineProxy);
+    counted_ptr<ZANEngineProxy> proxy(new ZANEngineProxy);
     counted_ptr<IZANEngineAdapter> adapter;
     try {
         adapter = zan::createAdapterFromModule(url);
@@ -63,38 +84,52 @@ void ZANEngineProxy::initialize(Url const& url) {
     if (!adapter) {
         throw ZANAdapterCreationException("dll call returned empty adapter");
     }
-    start(proxy, adapter);
+    start(std::move(proxy), std::move(adapter));
 }
 
-void ZANEngineProxy::start(counted_ptr<ZANEngineProxy> const& proxy,
-                           counted_ptr<IZANEngineAdapter> const& adapter) {
-    proxy->setAdapter(adapter);
+// Nothing here copies the pointer to the proxy once the adapter may deliver events.
+void ZANEngineProxy::start(counted_ptr<ZANEngineProxy> proxy,
+                           counted_ptr<IZANEngineAdapter> adapter) {
+    proxy->setAdapter(std::move(adapter));
     proxy->getAdapter().initialize();
-    Instance_ = proxy;
+    published = proxy.get();
+    Instance_ = std::move(proxy);
 }
 
 bool ZANEngineProxy::isInitialized() {
-    return static_cast<bool>(Instance_);
+    return published != nullptr;
 }
 
 ZANEngineProxy& ZANEngineProxy::getInstance() {
-    if (!Instance_) {
+    ZANEngineProxy* const proxy = published;
+    if (!proxy) {
         throw ZANEngineException("Proxy was not initialized!");
     }
-    return *Instance_;
+    return *proxy;
 }
 
 void ZANEngineProxy::uninitialize() {
-    if (!Instance_) {
+    if (!isInitialized()) {
         return;
     }
     {
         // The adapter's stop may end the proxy; the adapter itself must last until it returns.
-        counted_ptr<IZANEngineAdapter> const adapter = Instance_->Adapter_;
-        Instance_->getAdapter().uninitialize();
+        counted_ptr<IZANEngineAdapter> const adapter = getInstance().Adapter_;
+        getInstance().getAdapter().uninitialize();
     }
     getInstance().setAdapter(nullptr);
-    Instance_.reset();
+    end();
+}
+
+// A proxy that is delivering events, on whatever thread, ends with the last of them.
+void ZANEngineProxy::end() {
+    published = nullptr;
+    counted_ptr<ZANEngineProxy> proxy = std::move(Instance_);
+    ZANEngineProxy& ended = *proxy;
+    ScopedGuard const guard(ended.ListenersMutex_);
+    if (ended.dispatches_ > 0) {
+        ended.endsWithDispatch_ = std::move(proxy);
+    }
 }
 
 void ZANEngineProxy::setAdapter(counted_ptr<IZANEngineAdapter> adapter) {
@@ -106,7 +141,11 @@ void ZANEngineProxy::setAdapter(counted_ptr<IZANEngineAdapter> adapter) {
     }
 }
 
+// An adapter may hold listeners last, and those come back here while it goes.
 IZANEngineAdapter& ZANEngineProxy::getAdapter() {
+    if (!Adapter_) {
+        throw ZANEngineException("The facade has no adapter; initialize installs one.");
+    }
     return *Adapter_;
 }
 

@@ -196,7 +196,8 @@ public:
                                  std::vector<counted_ptr<ZANMessage>> const& messages) override;
     std::int64_t getMillisTime(UserTicket const& ticket) override;
 
-    /// The adapter's factory for the adapters of guaranteed listeners; owned by the adapter.
+    /// The adapter's factory for the adapters of guaranteed listeners; owned by the adapter. Throws
+    /// `ZANEngineException` when the adapter has been released, as inside `uninitialize`.
     virtual ZANGMLAdapterFactory& getGMLAdapterFactory();
 
 protected:
@@ -213,7 +214,7 @@ protected:
     /// Installs the adapter, or none, and the mutex that fits it.
     virtual void setAdapter(counted_ptr<IZANEngineAdapter> adapter);
 
-    /// The installed adapter; there must be one.
+    /// The installed adapter. Throws `ZANEngineException` when there is none.
     virtual IZANEngineAdapter& getAdapter();
 
     /// Assigns the map of an event type to `map`; false, and `map` untouched, for an unknown type.
@@ -224,8 +225,10 @@ private:
     friend class IZANEngineAdapter;
     class Dispatch;
 
-    static void start(counted_ptr<ZANEngineProxy> const& proxy,
-                      counted_ptr<IZANEngineAdapter> const& adapter);
+    struct EndOfProgram;
+
+    static void start(counted_ptr<ZANEngineProxy> proxy, counted_ptr<IZANEngineAdapter> adapter);
+    static void end();
     template <class Call>
     decltype(auto) forward(Call call);
 
@@ -236,8 +239,12 @@ private:
     IMutex* ListenersMutex_;
     counted_ptr<IZANEngineAdapter> Adapter_;
     bool adapterIsThreadSafe_;
+    int dispatches_; // under way; guarded, like the next, by the listeners mutex
+    // The proxy itself, when it was told to end during a dispatch.
+    counted_ptr<ZANEngineProxy> endsWithDispatch_;
 
     static counted_ptr<ZANEngineProxy> Instance_;
+    static EndOfProgram const endOfProgram_;
 };
 
 #endif

@@ -1,5 +1,7 @@
 #include "guaranteed/ZANGMLAdapterFactory.h"
 
+#include "guaranteed/SharedAdapters.h"
+
 #include <iostream>
 
 ZANGMLAdapterFactory::~ZANGMLAdapterFactory() = default;
@@ -13,4 +15,8 @@ ZANGMLAdapter* ZANGMLAdapterFactory::newGMLAdapter(ZANGuaranteedEngineMessageLis
 void ZANGMLAdapterFactory::deleteGMLAdapter(ZANGMLAdapter*) {
     std::cout << "ZANGMLAdapterFactory::deleteGMLAdapter(): default implementation called.\n"
               << std::flush;
+}
+
+std::size_t ZANGMLAdapterFactory::listenersOf(ZANGMLAdapter const* adapter) noexcept {
+    return zan::SharedAdapters::count(adapter);
 }

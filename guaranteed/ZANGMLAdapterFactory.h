@@ -10,6 +10,8 @@
 
 #include "infra/Export.h"
 
+#include <cstddef>
+
 class ZANGMLAdapter;
 class ZANGuaranteedEngineMessageListener;
 
@@ -26,9 +28,16 @@ public:
     virtual ZANGMLAdapter* newGMLAdapter(ZANGuaranteedEngineMessageListener* listener);
 
     /// Takes an adapter back; its listener is about to end. Copies of a listener share an adapter,
-    /// so the same one may come back several times; null comes back when null was given. The
-    /// default says on standard output that it was called and deletes nothing.
+    /// so the same one may come back several times, also to the factory of a later transport, while
+    /// other copies go on with it: it must live until `listenersOf` tells none. A listener that was
+    /// assigned another one does not give back what it had before. Null comes back when null was
+    /// given. The default says on standard output that it was called and deletes nothing.
     virtual void deleteGMLAdapter(ZANGMLAdapter* adapter);
+
+    /// How many listeners have this adapter: the one that it was made for and its copies. One that
+    /// is about to end counts until `deleteGMLAdapter` has returned; one under construction does
+    /// not count yet.
+    static std::size_t listenersOf(ZANGMLAdapter const* adapter) noexcept;
 };
 
 #endif

@@ -1,12 +1,16 @@
 #include "guaranteed/ZANGuaranteedEngineMessageListener.h"
 
+#include "adapter/ListenerCounts.h"
 #include "engine/ZANEngineProxy.h"
 #include "errors/ZANEngineException.h"
+#include "errors/ZANInvalidMessageException.h"
+#include "guaranteed/SharedAdapters.h"
 #include "guaranteed/ZANGMLAdapter.h"
 #include "guaranteed/ZANGMLAdapterFactory.h"
 #include "infra/InfraException.h"
 
 #include <iostream>
+#include <utility>
 
 namespace {
 
@@ -18,26 +22,73 @@ public:
 };
 
 counted_ptr<IZANEventListener> orDummy(counted_ptr<IZANEventListener> const& listener) {
-    return listener ? listener : counted_ptr<IZANEventListener>(new DummyListener);
+    return listener ? zan::share(listener) : counted_ptr<IZANEventListener>(new DummyListener);
 }
 
 ZANGMLAdapterFactory& currentFactory() {
     return ZANEngineProxy::getInstance().getGMLAdapterFactory();
 }
 
+ZANMessage messageOf(ZANEvent const& event) {
+    counted_ptr<ZANMessage> const message = event.getMessage();
+    counted_ptr<ZANFieldGroup> const fields =
+        message ? message->getFieldGroup() : counted_ptr<ZANFieldGroup>();
+    for (int const tag : {ZANMessage::CONNECTION_MESSAGE_ID_TAG, ZANMessage::STREAM_TAG}) {
+        if (!fields || !fields->getField(tag)) {
+            throw ZANInvalidMessageException(
+                "connection " + event.getConnectionName() + ": the event has no field " +
+                std::to_string(tag) +
+                ", so its message cannot be marked; a message event that a "
+                "guaranteed listener got would be right");
+        }
+    }
+    return *message;
+}
+
+// The adapter as it is, counted; it goes back when there is no memory for that.
+ZANGMLAdapter* newAdapter(ZANGuaranteedEngineMessageListener* listener) {
+    ZANGMLAdapterFactory& factory = currentFactory();
+    ZANGMLAdapter* const adapter = factory.newGMLAdapter(listener);
+    try {
+        zan::SharedAdapters::add(adapter);
+    } catch (...) {
+        factory.deleteGMLAdapter(adapter);
+        throw;
+    }
+    return adapter;
+}
+
 } // namespace
 
 ZANGuaranteedEngineMessageListener::ZANGuaranteedEngineMessageListener(
     counted_ptr<IZANEventListener> const& listener)
-    : listener_(orDummy(listener)), adapter_(currentFactory().newGMLAdapter(this)) {}
+    : listener_(orDummy(listener)), adapter_(newAdapter(this)) {}
 
 ZANGuaranteedEngineMessageListener::ZANGuaranteedEngineMessageListener(
-    ZANGuaranteedEngineMessageListener const& other) = default;
+    ZANGuaranteedEngineMessageListener const& other)
+    : listener_(zan::share(other.listener_)), adapter_(other.adapter_) {
+    zan::SharedAdapters::add(adapter_);
+}
 
-ZANGuaranteedEngineMessageListener& ZANGuaranteedEngineMessageListener::operator=(
-    ZANGuaranteedEngineMessageListener const& other) = default;
+ZANGuaranteedEngineMessageListener&
+ZANGuaranteedEngineMessageListener::operator=(ZANGuaranteedEngineMessageListener const& other) {
+    zan::SharedAdapters::add(other.adapter_);
+    zan::SharedAdapters::remove(std::exchange(adapter_, other.adapter_));
+    counted_ptr<IZANEventListener> before = zan::share(other.listener_);
+    listener_.swap(before);
+    zan::letGo(before);
+    return *this;
+}
 
 ZANGuaranteedEngineMessageListener::~ZANGuaranteedEngineMessageListener() noexcept(false) {
+    struct Release {
+        ZANGuaranteedEngineMessageListener& listener;
+        ~Release() {
+            zan::SharedAdapters::remove(listener.adapter_);
+            zan::letGo(listener.listener_);
+        }
+    };
+    Release const whateverHappens{*this};
     try {
         currentFactory().deleteGMLAdapter(adapter_);
     } catch (ZANEngineException const&) {
@@ -82,6 +133,29 @@ void ZANGuaranteedEngineMessageListener::setLastConsumedAppMessageToCounterParty
 void ZANGuaranteedEngineMessageListener::setLastConsumedResentMessageId(
     std::string const& connectionName, int messageId) {
     setLastConsumedMessage(connectionName, messageId, RESENT_MSG);
+}
+
+void ZANGuaranteedEngineMessageListener::consumed(ZANEvent const& event) {
+    ZANMessage const message = messageOf(event);
+    setLastConsumedMessage(event.getConnectionName(), message.getConnectionMessageId(),
+                           static_cast<MessageTypeIds>(message.getStream()));
+}
+
+void ZANGuaranteedEngineMessageListener::consumed(counted_ptr<ZANEvent> const& event) {
+    consumed(*event);
+}
+
+void ZANGuaranteedEngineMessageListener::skip(ZANEvent const& event) {
+    consumed(event);
+}
+
+void ZANGuaranteedEngineMessageListener::skip(counted_ptr<ZANEvent> const& event) {
+    consumed(*event);
+}
+
+void ZANGuaranteedEngineMessageListener::skip(std::string const& connectionName, int messageId,
+                                              MessageTypeIds stream) {
+    setLastConsumedMessage(connectionName, messageId, stream);
 }
 
 void ZANGuaranteedEngineMessageListener::retrievePotentiallyLostMessages() {

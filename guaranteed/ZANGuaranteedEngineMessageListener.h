@@ -46,8 +46,10 @@ public:
     explicit ZANGuaranteedEngineMessageListener(counted_ptr<IZANEventListener> const& listener);
 
     /// A copy shares the listener and the adapter; no new adapter is asked for. Each copy gives the
-    /// shared adapter back when it ends, so the transport must be ready to get it more than once.
-    /// An assigned listener does not give back the adapter that it had before.
+    /// shared adapter back when it ends, so the transport gets it more than once; the others go on
+    /// with it, also after the facade has ended. An assigned listener does not give back the
+    /// adapter that it had before. With the embedded engine any number of copies may come and go in
+    /// any order, as in a `std::vector` that grows.
     ZANGuaranteedEngineMessageListener(ZANGuaranteedEngineMessageListener const& other);
     ZANGuaranteedEngineMessageListener& operator=(ZANGuaranteedEngineMessageListener const& other);
 
@@ -72,6 +74,19 @@ public:
     void setLastConsumedAppMessageToCounterPartyId(std::string const& connectionName,
                                                    int messageId);
     void setLastConsumedResentMessageId(std::string const& connectionName, int messageId);
+
+    /// Marks the message of a message event, in the stream that its field
+    /// `ZANMessage::STREAM_TAG` tells. Throws `ZANInvalidMessageException` for an event that tells
+    /// no stream or no number, and what the transport throws.
+    void consumed(ZANEvent const& event);
+    void consumed(counted_ptr<ZANEvent> const& event);
+
+    /// Gives up a message on which the application's listener fails: it is marked, and with it what
+    /// comes before it in its stream, so that delivery goes on behind it. The same as the mark; the
+    /// name tells why it is set. Throws like `consumed`.
+    void skip(ZANEvent const& event);
+    void skip(counted_ptr<ZANEvent> const& event);
+    void skip(std::string const& connectionName, int messageId, MessageTypeIds stream);
 
     /// Makes the transport deliver again what may have been missed, judged by the marks.
     void retrievePotentiallyLostMessages();

@@ -2,13 +2,6 @@
 
 #include <utility>
 
-namespace {
-
-constexpr int timeStampTag = 16577;
-constexpr int connectionMessageIdTag = 16580;
-
-} // namespace
-
 ZANMessage::ZANMessage() = default;
 
 ZANMessage::ZANMessage(counted_ptr<ZANFieldGroup> fieldGroup)
@@ -33,11 +26,15 @@ counted_ptr<ZANFieldGroup> ZANMessage::getFieldGroup() const {
 }
 
 double ZANMessage::getTimeStamp() const {
-    return getFieldGroup()->getField(timeStampTag)->getValue().asDouble();
+    return getFieldGroup()->getField(TIME_STAMP_TAG)->getValue().asDouble();
 }
 
 int ZANMessage::getConnectionMessageId() const {
-    return getFieldGroup()->getField(connectionMessageIdTag)->getValue().asInt();
+    return getFieldGroup()->getField(CONNECTION_MESSAGE_ID_TAG)->getValue().asInt();
+}
+
+int ZANMessage::getStream() const {
+    return getFieldGroup()->getField(STREAM_TAG)->getValue().asInt();
 }
 
 std::ostream& operator<<(std::ostream& os, ZANMessage const& message) {

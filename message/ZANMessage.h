@@ -16,6 +16,16 @@
 /// message is seen through the other. For a deep copy copy the field group.
 class ZAN_API ZANMessage {
 public:
+    // The fields that the engine adds to a message that it delivers or retrieves. They are its own
+    // and never sent.
+
+    /// When the message was stored: milliseconds since 1970-01-01 00:00:00 UTC.
+    static constexpr int TIME_STAMP_TAG = 16577;
+    /// Its number within the connection.
+    static constexpr int CONNECTION_MESSAGE_ID_TAG = 16580;
+    /// Its stream, one of `ZANGuaranteedEngineMessageListener::MessageTypeIds`.
+    static constexpr int STREAM_TAG = 16581;
+
     /// A message without a field group.
     ZANMessage();
 
@@ -39,6 +49,9 @@ public:
 
     /// Field 16580, the engine's number of the message within its connection. As above.
     int getConnectionMessageId() const;
+
+    /// Field 16581, the stream in which the engine keeps the message. As above.
+    int getStream() const;
 
     static void* operator new(std::size_t size) { return zan::allocateSmall(size); }
     static void* operator new(std::size_t, void* place) noexcept { return place; }

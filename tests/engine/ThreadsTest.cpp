@@ -1,6 +1,9 @@
 // What several threads may do at once with plain counts. ThreadSanitizer watches these tests.
 #include "engine/ZANEngineProxy.h"
 
+#include "adapter/DeliveryThread.h"
+#include "adapter/ListenerCounts.h"
+#include "errors/ZANEngineException.h"
 #include "events/ZANAdminMessageEvent.h"
 #include "events/ZANAppMessageEvent.h"
 #include "support/RunningEngine.h"
@@ -11,6 +14,7 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -164,6 +168,103 @@ TEST(Threads, ListenersTakeThemselvesOffWhileTheOtherThreadDispatchesToThem) {
             listener.self.reset();
         }
     }
+    EXPECT_EQ(0, alive);
+}
+
+// The count of a listener is one, whoever holds it: the facade, and what else takes copies with the
+// functions for it, as adapters and guaranteed listeners do.
+TEST(Threads, CountAListenerThatTheFacadeAndAnAdapterTakeUpAtTheSameTime) {
+    constexpr int rounds = 50000;
+    std::atomic<int> alive{0};
+    RunningEngine engine(true);
+    Listener listener(new CountingListener(alive));
+    auto const viaTheFacade = [&] {
+        for (int i = 0; i < rounds; ++i) {
+            engine.proxy().subscribe(UserTicket(), listener, "A", "APP");
+            engine.proxy().unsubscribe(UserTicket(), listener, "A", "APP");
+        }
+    };
+    auto const viaAnAdapter = [&] {
+        for (int i = 0; i < rounds; ++i) {
+            Listener own = zan::share(listener);
+            zan::letGo(own);
+        }
+    };
+    runTogether({viaTheFacade, viaAnAdapter, viaAnAdapter});
+    EXPECT_EQ(1u, listener.use_count());
+    EXPECT_EQ(1, alive);
+}
+
+// An adapter whose thread reports events while it starts, and after that.
+class EagerAdapter : public RecordingAdapter {
+public:
+    EagerAdapter() { threadSafe = true; }
+    ~EagerAdapter() override { stop(); }
+
+    void initialize() override {
+        thread_ = std::thread([this] {
+            while (!isStopping_) {
+                try {
+                    report(counted_ptr<ZANEvent>(new ZANAppMessageEvent("A", nullptr)));
+                    ++reported;
+                } catch (ZANEngineException const&) {
+                    std::this_thread::yield(); // nobody is there yet
+                }
+            }
+        });
+    }
+    void uninitialize() override { stop(); }
+
+    std::atomic<int> reported{0};
+
+private:
+    void stop() {
+        isStopping_ = true;
+        if (thread_.joinable()) {
+            thread_.join();
+        }
+    }
+
+    std::atomic<bool> isStopping_{false};
+    std::thread thread_;
+};
+
+TEST(Threads, AnAdapterMayReportEventsWhileItStarts) {
+    for (int i = 0; i < 50; ++i) {
+        auto* const adapter = new EagerAdapter;
+        counted_ptr<IZANEngineAdapter> own(adapter);
+        ZANEngineProxy::initialize(emptyConfigProvider(), counted_ptr<IZANEngineAdapterFactory>(
+                                                              new TestFactory(std::move(own))));
+        while (adapter->reported < 3) {
+            std::this_thread::yield();
+        }
+        ZANEngineProxy::uninitialize();
+        EXPECT_FALSE(ZANEngineProxy::isInitialized());
+    }
+}
+
+// What an adapter's thread does whose listeners may end the facade.
+TEST(Threads, ListenersOfAFacadeThatOneOfThemEndsGoLastOnTheAdaptersThread) {
+    class Ender : public CountingListener {
+    public:
+        using CountingListener::CountingListener;
+        void processEvent(counted_ptr<ZANEvent>) override { ZANEngineProxy::uninitialize(); }
+    };
+    std::atomic<int> alive{0};
+    counted_ptr<IZANEngineAdapter> adapter(new RecordingAdapter);
+    ZANEngineProxy::initialize(emptyConfigProvider(),
+                               counted_ptr<IZANEngineAdapterFactory>(new TestFactory(adapter)));
+    for (char const* const type : {"APP", "ADMIN", "STATE"}) {
+        Listener listener(new Ender(alive));
+        ZANEngineProxy::getInstance().subscribe(UserTicket(), listener, "A", type);
+    }
+    std::thread([&] {
+        zan::DeliveryThread const last;
+        auto& reporting = static_cast<RecordingAdapter&>(*adapter);
+        reporting.report(counted_ptr<ZANEvent>(new ZANAppMessageEvent("A", nullptr)));
+        EXPECT_FALSE(ZANEngineProxy::isInitialized());
+        EXPECT_EQ(3, alive) << "the engine of this thread is still there";
+    }).join();
     EXPECT_EQ(0, alive);
 }
 

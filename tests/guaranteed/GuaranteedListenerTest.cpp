@@ -1,4 +1,5 @@
 #include "errors/ZANEngineException.h"
+#include "errors/ZANInvalidMessageException.h"
 #include "events/ZANAppMessageEvent.h"
 #include "guaranteed/ZANGMLAdapter.h"
 #include "guaranteed/ZANGuaranteedEngineMessageListener.h"
@@ -163,6 +164,81 @@ TEST_F(GuaranteedListener, AssignmentSharesListenerAndAdapterWithoutAskingTheFac
     EXPECT_EQ(&assigned.getAdapter(), &gml());
     EXPECT_EQ(factory().listeners.size(), 2u);
     EXPECT_TRUE(factory().returned.empty());
+}
+
+TEST_F(GuaranteedListener, TellsAFactoryHowManyShareAnAdapter) {
+    auto const sharing = [this] { return ZANGMLAdapterFactory::listenersOf(&gml()); };
+    std::vector<std::size_t> whenReturned;
+    factory().onDelete = [&] { whenReturned.push_back(sharing()); };
+    EXPECT_EQ(sharing(), 0u);
+    {
+        std::vector<Listener> listeners;
+        listeners.reserve(2);
+        listeners.emplace_back(listener_);
+        listeners.push_back(listeners.front());
+        EXPECT_EQ(sharing(), 2u);
+        listeners.front() = listeners.back();
+        EXPECT_EQ(sharing(), 2u);
+        Listener const copy(listeners.back());
+        EXPECT_EQ(sharing(), 3u);
+    }
+    EXPECT_EQ(whenReturned, (std::vector<std::size_t>{3, 2, 1}));
+    EXPECT_EQ(sharing(), 0u);
+    EXPECT_EQ(ZANGMLAdapterFactory::listenersOf(nullptr), 0u);
+}
+
+counted_ptr<ZANEvent> eventOf(std::vector<std::pair<int, int>> const& fields) {
+    counted_ptr<ZANFieldGroup> const group(new ZANFieldGroup("8"));
+    for (auto const& [tag, value] : fields) {
+        group->setFieldValue(tag, value);
+    }
+    counted_ptr<ZANMessage> const message(new ZANMessage(group));
+    return counted_ptr<ZANEvent>(new ZANAppMessageEvent("DEMO", message));
+}
+
+TEST_F(GuaranteedListener, MarksTheMessageOfAnEventInItsStream) {
+    Listener guaranteed(listener_);
+    auto const event = eventOf({{ZANMessage::CONNECTION_MESSAGE_ID_TAG, 7},
+                                {ZANMessage::STREAM_TAG, Listener::RESENT_MSG}});
+    guaranteed.consumed(event);
+    guaranteed.consumed(*event);
+    guaranteed.skip(event);
+    guaranteed.skip(*event);
+    guaranteed.skip("A", 9, Listener::APP_MSG_FROM_COUNTERPARTY);
+    std::string const mark = callText("setLastConsumedMessage", "DEMO", 7, 4);
+    EXPECT_EQ(gml().calls,
+              (std::vector<std::string>{mark, mark, mark, mark,
+                                        callText("setLastConsumedMessage", "A", 9, 2)}));
+}
+
+TEST_F(GuaranteedListener, MarksNoMessageThatTellsNoStreamOrNumber) {
+    Listener guaranteed(listener_);
+    for (auto const& event : {counted_ptr<ZANEvent>(new ZANAppMessageEvent("DEMO", nullptr)),
+                              counted_ptr<ZANEvent>(new ZANAppMessageEvent(
+                                  "DEMO", counted_ptr<ZANMessage>(new ZANMessage))),
+                              eventOf({}), eventOf({{ZANMessage::STREAM_TAG, 2}}),
+                              eventOf({{ZANMessage::CONNECTION_MESSAGE_ID_TAG, 7}})}) {
+        EXPECT_THROW(guaranteed.consumed(event), ZANInvalidMessageException);
+        EXPECT_THROW(guaranteed.skip(event), ZANInvalidMessageException);
+    }
+    EXPECT_TRUE(gml().calls.empty());
+}
+
+TEST_F(GuaranteedListener, MayEndWithTheAdapterThatHoldsItLast) {
+    struct Holder : RecordingAdapter {
+        counted_ptr<Listener> held;
+    };
+    engine_.reset();
+    auto* const adapter = new Holder;
+    ZANEngineProxy::initialize(emptyConfigProvider(),
+                               counted_ptr<IZANEngineAdapterFactory>(
+                                   new TestFactory(counted_ptr<IZANEngineAdapter>(adapter))));
+    adapter->gmlFactory = std::make_unique<RecordingGMLFactory>();
+    adapter->held = counted_ptr<Listener>(new Listener(listener_));
+    CapturedOutput const output;
+    EXPECT_NO_THROW(ZANEngineProxy::uninitialize());
+    EXPECT_EQ(output.text(), "");
+    EXPECT_EQ(listener_.use_count(), 1u);
 }
 
 TEST_F(GuaranteedListener, EndsSilentlyAfterTheFacade) {
