@@ -62,7 +62,7 @@ Connection::~Connection() {
 }
 
 void Connection::start(std::shared_ptr<void> owner) {
-    queue_.start(std::move(owner), [this] { subscribers_.clear(); });
+    queue_.start(std::move(owner), [this] { return takeListeners(); });
     isKeptConnecting_ = isConnectedAtStart();
     keepConnecting();
 }

@@ -117,11 +117,10 @@ public:
     MessageHistory& history() { return history_; }
     MessageLog& log() { return log_; }
 
-    /// Delivers again what lies above the marks of this subscriber and passes the sieve, to the
-    /// listeners that have the sieve. The future is ready when that is done, or when the connection
-    /// has stopped.
-    std::future<void> redeliver(std::string const& subscriber,
-                                std::shared_ptr<MessageSieve> const& sieve);
+    /// Delivers again what lies above the marks of the guaranteed listeners that have this filter
+    /// and passes it. The future is ready when that is done, or stopped before a message on which a
+    /// listener fails; it is broken when the connection has stopped.
+    std::future<void> redeliver(std::shared_ptr<MessageFilter> const& filter);
 
     /// Logs out, delivers what waits, and ends all threads. A listener that does not return in
     /// `patience` is left behind: the delivery thread ends after it.
@@ -165,16 +164,37 @@ private:
     OutgoingMessage converted(MessageKind kind, Convert convert) const;
     std::vector<OutgoingMessage> converted(Messages const& messages) const;
 
+    // Delivery; all of it on the delivery thread.
+
     void deliver(Delivery const& delivery);
     void deliverMessage(FixEntry const& entry);
     void deliverState(LinkState const& state);
+    counted_ptr<ZANEvent> eventOf(FixEntry const& entry, Showing showing) const;
+    static bool EventKinds::*kindOf(FixEntry const& entry);
+    template <class Subject, class Call>
+    void guarded(Subject const& subject, Call const& call) noexcept;
+    void letGo(std::vector<Subscribers::Shared> called);
+    std::shared_ptr<void> takeListeners();
+
+    // Guaranteed listeners, and how they catch up; on the delivery thread but for
+    // `maintainStreams`, `queueCatchUp` and `listenerFailures`.
+
+    bool isWanted(FixEntry const& entry, GuaranteedStream& stream);
+    void deliverLive(FixEntry const& entry, counted_ptr<ZANEvent> const& event,
+                     Subscriber const& subscriber) noexcept;
+    void holdBack(FixEntry const& entry, char const* reason);
+    void stopBefore(FixEntry const& entry, GuaranteedStream& stream, char const* reason,
+                    bool wasShown);
+    void settled(GuaranteedStream const& stream);
+    std::string listenerFailures() const;
+    void maintainStreams();
+    void queueCatchUp();
+    void catchUpAll();
+    void catchUp(Subscriber const& subscriber);
+    bool show(FixEntry const& entry, bool isPossiblyLost, Subscriber const& subscriber);
     /// False when the patience with the listeners was over before the end.
-    bool redeliverUpTo(long lastId, std::string const& subscriber, MessageSieve& sieve);
-    void redeliver(FixEntry const& entry, MessageSieve& sieve);
-    bool isWanted(FixEntry const& entry, Subscriber const& subscriber);
-    template <class Call>
-    void guarded(std::string const& what, Call call);
-    void noteListenerFailure(std::string const& text);
+    bool redeliverUpTo(long lastId, MessageFilter const& filter);
+    void startOver(Subscriber const& subscriber, long lastId);
 
     ConnectionSettings const settings_;
     CompiledDictionary const dictionary_;
@@ -196,6 +216,9 @@ private:
     FixFields logonFields_;
     std::atomic<bool> isKeptConnecting_{false};
     std::atomic<long> pings_{0};
+    long lastHandled_ = 0; // the newest message that was delivered as it happened
+    std::vector<Subscribers::Shared> endingLast_; // of the delivery thread
+    std::atomic<bool> isCatchUpQueued_{false};
     bool isStuckReported_ = false; // of `maintain` alone
     mutable std::mutex newestMutex_;
     mutable std::array<std::optional<long>, streamCount> newestOfBefore_;

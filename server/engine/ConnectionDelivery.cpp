@@ -5,41 +5,16 @@
 #include "events/ZANAdminMessageEvent.h"
 #include "events/ZANAppMessageEvent.h"
 #include "events/ZANConnectionStateEvent.h"
-#include "server/engine/EngineErrors.h"
+#include "server/engine/Guarded.h"
 
 #include <algorithm>
-#include <array>
-#include <exception>
+#include <iterator>
+#include <memory>
+#include <utility>
 
 namespace zan::server {
 
 namespace {
-
-// How many ids of the log are looked through at a time when messages are delivered again.
-constexpr long redeliveredAtATime = 1000;
-
-constexpr std::array streams = {FixStream::adminIn, FixStream::adminOut, FixStream::appIn,
-                                FixStream::appOut, FixStream::resent};
-
-using Marks = std::array<int, streams.size()>;
-
-Marks marksOf(MessageLog const& log, std::string const& subscriber) {
-    Marks marks{};
-    std::ranges::transform(streams, marks.begin(),
-                           [&](FixStream stream) { return log.mark(subscriber, stream); });
-    return marks;
-}
-
-bool EventKinds::*kindOf(FixEntry const& entry) {
-    return isAdmin(entry.stream) ? &EventKinds::admin : &EventKinds::app;
-}
-
-counted_ptr<ZANEvent> eventOf(std::string const& connection, FixEntry const& entry,
-                              counted_ptr<ZANMessage> const& model) {
-    return counted_ptr<ZANEvent>(
-        isAdmin(entry.stream) ? static_cast<ZANEvent*>(new ZANAdminMessageEvent(connection, model))
-                              : new ZANAppMessageEvent(connection, model));
-}
 
 std::string nameOf(FixEntry const& entry) {
     return "message " + std::to_string(entry.id);
@@ -47,114 +22,74 @@ std::string nameOf(FixEntry const& entry) {
 
 } // namespace
 
-template <class Call>
-void Connection::guarded(std::string const& what, Call call) {
-    try {
-        call();
-    } catch (std::exception const& e) {
-        noteListenerFailure(what + ": " + e.what());
-    } catch (...) {
-        noteListenerFailure(what + ": unknown exception");
-    }
+bool EventKinds::*Connection::kindOf(FixEntry const& entry) {
+    return isAdmin(entry.stream) ? &EventKinds::admin : &EventKinds::app;
 }
 
-void Connection::noteListenerFailure(std::string const& text) {
-    traffic_.countListenerFailure();
-    diary_.listenerTrouble("a listener failed on " + text);
+// `subject` gives the text only when it is needed.
+template <class Subject, class Call>
+void Connection::guarded(Subject const& subject, Call const& call) noexcept {
+    callGuarded(call, [&](char const* reason) {
+        traffic_.countListenerFailure();
+        diary_.listenerTrouble("a listener failed on " + std::string(subject()) + ": " + reason);
+    });
 }
 
 void Connection::deliver(Delivery const& delivery) {
-    guarded("an event", [&] {
-        if (auto const* entry = std::get_if<FixEntry>(&delivery)) {
-            deliverMessage(*entry);
-        } else if (auto const* state = std::get_if<LinkState>(&delivery)) {
-            deliverState(*state);
-        } else {
-            auto const& errand = std::get<Errand>(delivery);
-            errand.run(errand.lastId);
-        }
-    });
+    if (auto const* entry = std::get_if<FixEntry>(&delivery)) {
+        callGuarded([&] { deliverMessage(*entry); },
+                    [&](char const* reason) { holdBack(*entry, reason); });
+        lastHandled_ = entry->id;
+    } else if (auto const* state = std::get_if<LinkState>(&delivery)) {
+        guarded([] { return "a state event"; }, [&] { deliverState(*state); });
+    } else {
+        auto const& task = std::get<Task>(delivery);
+        guarded([] { return "an event"; }, [&] { task.run(task.lastId); });
+    }
 }
 
 void Connection::deliverMessage(FixEntry const& entry) {
-    counted_ptr<ZANEvent> const event = eventOf(name(), entry, modelOf(entry, dictionary_));
-    guarded(nameOf(entry), [&] { sink_(event); });
-    subscribers_.forEach(kindOf(entry), [&](Subscriber const& subscriber) {
-        guarded(nameOf(entry), [&] {
-            if (isWanted(entry, subscriber)) {
-                subscriber.processEvent(event);
-            }
-        });
-    });
+    auto const subject = [&] { return nameOf(entry); };
+    counted_ptr<ZANEvent> const event = eventOf(entry, Showing::AsStored);
+    guarded(subject, [&] { sink_(event); });
+    letGo(subscribers_.forEach(kindOf(entry), [&](Subscriber const& subscriber) {
+        if (subscriber.stream) {
+            deliverLive(entry, event, subscriber);
+        } else {
+            guarded(subject, [&] { subscriber.processEvent(event); });
+        }
+    }));
 }
 
-// A filter that fails must not keep a message from a listener that wants to lose none.
-bool Connection::isWanted(FixEntry const& entry, Subscriber const& subscriber) {
-    try {
-        return !subscriber.sieve || subscriber.sieve->passes(entry);
-    } catch (std::exception const& e) {
-        diary_.listenerTrouble("a filter failed on " + nameOf(entry) + ": " + e.what());
-        return true;
+counted_ptr<ZANEvent> Connection::eventOf(FixEntry const& entry, Showing showing) const {
+    counted_ptr<ZANMessage> const model = modelOf(entry, dictionary_, showing);
+    return counted_ptr<ZANEvent>(
+        isAdmin(entry.stream) ? static_cast<ZANEvent*>(new ZANAdminMessageEvent(name(), model))
+                              : new ZANAppMessageEvent(name(), model));
+}
+
+// A listener that has taken itself off and then ended the engine ends after it.
+void Connection::letGo(std::vector<Subscribers::Shared> called) {
+    if (queue_.isDropping()) {
+        std::ranges::move(called, std::back_inserter(endingLast_));
     }
+}
+
+std::shared_ptr<void> Connection::takeListeners() {
+    std::vector<Subscribers::Shared> all = subscribers_.takeAll();
+    std::ranges::move(endingLast_, std::back_inserter(all));
+    endingLast_.clear();
+    return std::make_shared<std::vector<Subscribers::Shared>>(std::move(all));
 }
 
 void Connection::deliverState(LinkState const& state) {
+    auto const subject = [] { return "a state event"; };
     counted_ptr<ZANConnectionStateEvent> const event(
         new ZANConnectionStateEvent(name(), state.record()));
-    guarded("a state event",
-            [&] { sink_(counted_ptr<ZANEvent>(new ZANConnectionStateEvent(*event))); });
-    subscribers_.forEach(&EventKinds::state, [&](Subscriber const& subscriber) {
-        guarded("a state event", [&] { subscriber.processStateEvent(event); });
-    });
-}
-
-std::future<void> Connection::redeliver(std::string const& subscriber,
-                                        std::shared_ptr<MessageSieve> const& sieve) {
-    auto const done = std::make_shared<std::promise<void>>();
-    std::future<void> future = done->get_future();
-    queue_.push([this, subscriber, sieve, done](long lastId) {
-        try {
-            if (redeliverUpTo(lastId, subscriber, *sieve)) {
-                done->set_value();
-            }
-        } catch (...) {
-            done->set_exception(std::current_exception());
-        }
-    });
-    return future;
-}
-
-bool Connection::redeliverUpTo(long lastId, std::string const& subscriber, MessageSieve& sieve) {
-    Marks const marks = marksOf(log_, subscriber);
-    long next = std::max<long>(std::ranges::min(marks), 0) + 1;
-    for (; next <= lastId; next += redeliveredAtATime) {
-        std::vector<FixEntry> entries;
-        LogQuery query;
-        query.ids = {next, std::min(next + redeliveredAtATime - 1, lastId)};
-        log_.read(query, [&](FixEntry&& entry) {
-            bool const isAbove = entry.id > marks[static_cast<std::size_t>(entry.stream)];
-            if (isAbove && isDelivered(entry.origin)) {
-                entries.push_back(std::move(entry));
-            }
-        });
-        for (FixEntry const& entry : entries) {
-            if (queue_.isDropping()) {
-                return false;
-            }
-            redeliver(entry, sieve);
-        }
-    }
-    return true;
-}
-
-void Connection::redeliver(FixEntry const& entry, MessageSieve& sieve) {
-    counted_ptr<ZANEvent> const event =
-        eventOf(name(), entry, modelOf(entry, dictionary_, Showing::PossiblyLost));
-    subscribers_.forEach(kindOf(entry), [&](Subscriber const& subscriber) {
-        if (subscriber.sieve.get() == &sieve && isWanted(entry, subscriber)) {
-            guarded(nameOf(entry), [&] { subscriber.processEvent(event); });
-        }
-    });
+    guarded(subject, [&] { sink_(counted_ptr<ZANEvent>(new ZANConnectionStateEvent(*event))); });
+    letGo(subscribers_.forEach(&EventKinds::state, [&](Subscriber const& subscriber) {
+        guarded(subject, [&] { subscriber.processStateEvent(event); });
+    }));
 }
 
 } // namespace zan::server

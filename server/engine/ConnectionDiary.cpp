@@ -176,4 +176,9 @@ void ConnectionDiary::listenerTrouble(std::string const& text) {
     tell(DiagnosticLevel::Warning, deliveryCategory, [&] { return text; });
 }
 
+void ConnectionDiary::listenerGoesOn(std::string const& subscriber) {
+    tell(DiagnosticLevel::Info, deliveryCategory,
+         [&] { return "the guaranteed listener \"" + subscriber + "\" goes on"; });
+}
+
 } // namespace zan::server

@@ -37,6 +37,9 @@ public:
     /// What a listener did, or did not do. Also goes to standard output, in one line.
     void listenerTrouble(std::string const& text);
 
+    /// A guaranteed listener has got over the message on which it failed.
+    void listenerGoesOn(std::string const& subscriber);
+
 private:
     void loggedEntry(FixEntry const& entry);
     void linkChanged(LinkState const& state);

@@ -65,6 +65,14 @@ std::vector<std::string> Connection::ailments() const {
         ailments.push_back(described("a listener has not returned for more than " +
                                      std::to_string(longDelivery / 1s) + " s"));
     }
+    subscribers_.visitStreams([&](GuaranteedStream const& stream) {
+        if (auto const failure = stream.failure()) {
+            ailments.push_back(described(
+                "the guaranteed listener \"" + stream.name() + "\" has failed " +
+                std::to_string(failure->times) + (failure->times == 1 ? " time" : " times") +
+                " on message " + std::to_string(failure->id) + ": " + failure->reason));
+        }
+    });
     return ailments;
 }
 
@@ -80,6 +88,7 @@ void Connection::maintain() {
     if (log_.worksAgain()) {
         watch_.stored();
     }
+    maintainStreams();
     bool const isStuck = isListenerStuck();
     if (isStuck && !isStuckReported_) {
         diary_.listenerTrouble("a listener has not returned for " +

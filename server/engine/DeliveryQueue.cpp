@@ -1,5 +1,8 @@
 #include "server/engine/DeliveryQueue.h"
 
+#include "adapter/DeliveryThread.h"
+
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -14,6 +17,16 @@ constexpr std::chrono::milliseconds grace{200};
 // now often comes within this time.
 constexpr std::chrono::microseconds lookout{200};
 
+std::size_t sizeOf(Delivery const& delivery) {
+    std::size_t size = sizeof(Delivery);
+    if (auto const* const entry = std::get_if<FixEntry>(&delivery)) {
+        size += entry->text.size() + entry->note.size();
+    } else if (auto const* const state = std::get_if<LinkState>(&delivery)) {
+        size += state->lastError.size();
+    }
+    return size;
+}
+
 } // namespace
 
 DeliveryQueue::DeliveryQueue(std::function<void(Delivery const&)> deliver,
@@ -24,9 +37,15 @@ DeliveryQueue::~DeliveryQueue() {
     stop(std::chrono::milliseconds::zero());
 }
 
-void DeliveryQueue::start(std::shared_ptr<void> owner, std::function<void()> atEnd) {
-    thread_ =
-        std::thread([this, owner = std::move(owner), atEnd = std::move(atEnd)] { run(atEnd); });
+void DeliveryQueue::start(std::shared_ptr<void> owner,
+                          std::function<std::shared_ptr<void>()> takeListeners) {
+    thread_ = std::thread(
+        [this, owner = std::move(owner), takeListeners = std::move(takeListeners)]() mutable {
+            DeliveryThread const lastOfAll;
+            Leftovers const last = run(takeListeners);
+            takeListeners = nullptr;
+            owner.reset(); // the queue may be gone with it
+        });
 }
 
 bool DeliveryQueue::stop(std::chrono::milliseconds patience) {
@@ -42,6 +61,7 @@ bool DeliveryQueue::stop(std::chrono::milliseconds patience) {
     if (!finished_.wait_for(lock, patience, isFinished)) {
         isDropping_ = true;
         if (isDelivering() || !finished_.wait_for(lock, grace, isFinished)) {
+            isLeftBehind_ = true;
             thread_.detach();
             return false;
         }
@@ -51,6 +71,17 @@ bool DeliveryQueue::stop(std::chrono::milliseconds patience) {
     return true;
 }
 
+// The lock is held by all that call this.
+template <class Item>
+void DeliveryQueue::add(Item&& item) {
+    waiting_.emplace_back(std::forward<Item>(item));
+    bytes_ += sizeOf(waiting_.back());
+    isFilled_ = true;
+    if (!isRoomy()) {
+        wasFull_ = true;
+    }
+}
+
 void DeliveryQueue::push(std::vector<FixEntry>& entries) {
     if (entries.empty()) {
         return;
@@ -58,8 +89,9 @@ void DeliveryQueue::push(std::vector<FixEntry>& entries) {
     {
         std::lock_guard const lock(mutex_);
         lastId_ = entries.back().id;
-        std::ranges::move(entries, std::back_inserter(waiting_));
-        isFilled_ = true;
+        for (FixEntry& entry : entries) {
+            add(std::move(entry));
+        }
     }
     filled_.notify_one();
 }
@@ -67,27 +99,43 @@ void DeliveryQueue::push(std::vector<FixEntry>& entries) {
 void DeliveryQueue::push(LinkState const& state) {
     {
         std::lock_guard const lock(mutex_);
-        waiting_.emplace_back(state);
-        isFilled_ = true;
+        add(state);
     }
     filled_.notify_one();
 }
 
-void DeliveryQueue::push(std::function<void(long lastId)> errand) {
+void DeliveryQueue::push(std::function<void(long lastId)> task) {
     {
         std::lock_guard const lock(mutex_);
         if (isStopping_) {
             return;
         }
-        waiting_.emplace_back(Errand{std::move(errand), lastId_});
-        isFilled_ = true;
+        add(Task{std::move(task), lastId_});
     }
     filled_.notify_one();
 }
 
+// The lock is held by all that call this.
+bool DeliveryQueue::isRoomy() const {
+    return waiting_.size() < capacity && bytes_ < byteCapacity;
+}
+
 bool DeliveryQueue::hasRoom() const {
     std::lock_guard const lock(mutex_);
-    return waiting_.size() < capacity;
+    return isRoomy();
+}
+
+// The sources are told outside of the lock: they ask at once.
+void DeliveryQueue::tellRoom() {
+    {
+        std::lock_guard const lock(mutex_);
+        if (!wasFull_ || !isRoomy()) {
+            return;
+        }
+        wasFull_ = false;
+    }
+    emptied_.notify_all();
+    roomAgain_();
 }
 
 std::size_t DeliveryQueue::size() const {
@@ -97,8 +145,7 @@ std::size_t DeliveryQueue::size() const {
 
 bool DeliveryQueue::waitForRoom(std::chrono::milliseconds patience) {
     std::unique_lock lock(mutex_);
-    return emptied_.wait_for(lock, patience,
-                             [this] { return waiting_.size() < capacity || isStopping_; });
+    return emptied_.wait_for(lock, patience, [this] { return isRoomy() || isStopping_; });
 }
 
 bool DeliveryQueue::isDelivering() const {
@@ -114,15 +161,14 @@ std::chrono::milliseconds DeliveryQueue::timeOfDelivery() const {
                                                                  began);
 }
 
-// The thread's own hold on the owner goes after this: nothing of the queue is touched then.
-void DeliveryQueue::run(std::function<void()> const& atEnd) {
+// Who waits for the thread has to find the listeners gone. When nobody does, they go after the
+// thread's own hold on the owner.
+DeliveryQueue::Leftovers
+DeliveryQueue::run(std::function<std::shared_ptr<void>()> const& takeListeners) {
     deliveringThread_ = std::this_thread::get_id();
     std::vector<Delivery> batch;
     while (take(batch)) {
-        if (batch.size() >= capacity) {
-            emptied_.notify_all();
-            roomAgain_();
-        }
+        tellRoom();
         deliverAll(batch);
         if (isDropping_) {
             break;
@@ -130,13 +176,22 @@ void DeliveryQueue::run(std::function<void()> const& atEnd) {
         batch.clear();
         lookOut();
     }
-    atEnd();
-    deliveringThread_ = std::thread::id();
-    std::lock_guard const lock(mutex_);
+    Leftovers last{std::move(batch), takeListeners()};
+    std::unique_lock lock(mutex_);
+    std::ranges::move(waiting_, std::back_inserter(last.undone));
     waiting_.clear();
     undelivered_ = 0;
+    bytes_ = 0;
+    if (!isLeftBehind_) {
+        lock.unlock();
+        last.listeners.reset();
+        last.undone.clear();
+        lock.lock();
+    }
+    deliveringThread_ = std::thread::id();
     isFinished_ = true;
     finished_.notify_all();
+    return last;
 }
 
 // Stays awake for a while. One queue of the process does so at a time, and it gives way to every
@@ -165,15 +220,25 @@ bool DeliveryQueue::take(std::vector<Delivery>& batch) {
     return true;
 }
 
-void DeliveryQueue::deliverAll(std::vector<Delivery> const& batch) {
-    for (Delivery const& delivery : batch) {
+void DeliveryQueue::deliverAll(std::vector<Delivery>& batch) {
+    for (Delivery& each : batch) {
         if (isDropping_) {
             return;
         }
+        std::size_t const size = sizeOf(each);
+        Delivery delivery = std::move(each); // a large one goes before the next
         began_ = Clock::now().time_since_epoch();
         deliver_(delivery);
         began_ = Clock::duration::zero();
+        if (isDropping_) {
+            each = std::move(delivery); // a task may be undone: who waits for it waits for the end
+            return;
+        }
         undelivered_.fetch_sub(1, std::memory_order_relaxed);
+        bytes_ -= size;
+        if (wasFull_) {
+            tellRoom();
+        }
     }
 }
 

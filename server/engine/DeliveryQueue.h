@@ -21,18 +21,20 @@
 namespace zan::server {
 
 /// Something to be done on the delivery thread, between two events.
-struct Errand {
+struct Task {
     std::function<void(long lastId)> run;
     /// The newest message that comes before it in the queue, or came before it.
     long lastId = 0;
 };
 
-using Delivery = std::variant<FixEntry, LinkState, Errand>;
+using Delivery = std::variant<FixEntry, LinkState, Task>;
 
 class DeliveryQueue {
 public:
-    /// How many entries wait at most before the sources are asked to hold back.
+    /// How many entries wait at most before the sources are asked to hold back, and how many bytes,
+    /// the one that is being delivered included. One entry is taken however large it is.
     static constexpr std::size_t capacity = 4096;
+    static constexpr std::size_t byteCapacity = std::size_t{16} << 20;
 
     /// `deliver` gets every entry in order, on the queue's thread; it must not throw. `roomAgain`
     /// is called there when entries were taken out of a full queue. `lastId` is the newest message
@@ -44,8 +46,10 @@ public:
     DeliveryQueue& operator=(DeliveryQueue const&) = delete;
 
     /// The thread holds `owner`, which has this queue, until it ends. When nothing will be
-    /// delivered any more it calls `atEnd`, and only then drops the errands that were not done.
-    void start(std::shared_ptr<void> owner, std::function<void()> atEnd);
+    /// delivered any more it takes the listeners, lets go of them, and only then drops the tasks
+    /// that were not done. A thread that was left behind lets go of `owner` before: when its
+    /// listeners end, nothing of the owner is left.
+    void start(std::shared_ptr<void> owner, std::function<std::shared_ptr<void>()> takeListeners);
 
     /// Delivers what waits, then ends the thread. What is not delivered when `patience` is over is
     /// dropped; then it returns false while a listener still runs, and the thread ends after it.
@@ -56,8 +60,8 @@ public:
     void push(std::vector<FixEntry>& entries);
     void push(LinkState const& state);
 
-    /// The errand is dropped without being run when the queue stops before its turn.
-    void push(std::function<void(long lastId)> errand);
+    /// The task is dropped without being run when the queue stops before.
+    void push(std::function<void(long lastId)> task);
 
     bool hasRoom() const;
 
@@ -79,10 +83,20 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    void run(std::function<void()> const& atEnd);
+    /// What goes last, in the reverse of this order.
+    struct Leftovers {
+        std::vector<Delivery> undone;
+        std::shared_ptr<void> listeners;
+    };
+
+    Leftovers run(std::function<std::shared_ptr<void>()> const& takeListeners);
     void lookOut() const;
     bool take(std::vector<Delivery>& batch);
-    void deliverAll(std::vector<Delivery> const& batch);
+    void deliverAll(std::vector<Delivery>& batch);
+    template <class Item>
+    void add(Item&& item);
+    bool isRoomy() const;
+    void tellRoom();
 
     std::function<void(Delivery const&)> const deliver_;
     std::function<void()> const roomAgain_;
@@ -95,10 +109,13 @@ private:
     long lastId_;
     bool isStopping_ = false;
     bool isFinished_ = false;
+    bool isLeftBehind_ = false;
     std::atomic<bool> isDropping_{false};
     std::thread thread_;
     std::atomic<std::thread::id> deliveringThread_;
     std::atomic<std::size_t> undelivered_{0}; // of those that the thread has taken
+    std::atomic<std::size_t> bytes_{0};       // of those that wait and of those
+    std::atomic<bool> wasFull_{false};        // the sources hold back
     std::atomic<Clock::duration> began_{Clock::duration::zero()};
 };
 

@@ -22,6 +22,26 @@ constexpr std::chrono::milliseconds patienceWithListeners = 10s;
 // How long an operation that needs a listener to return waits for it.
 constexpr std::chrono::milliseconds patienceWithOneListener = 2s;
 
+struct Living {
+    std::mutex mutex;
+    std::condition_variable ended;
+    int engines = 0;
+
+    void change(int by) {
+        {
+            std::lock_guard const lock(mutex);
+            engines += by;
+        }
+        ended.notify_all();
+    }
+};
+
+// Never destroyed: a thread that was left behind ends its engine late.
+Living& living() {
+    static Living& all = *new Living;
+    return all;
+}
+
 } // namespace
 
 std::shared_ptr<Engine> Engine::make(std::vector<ConnectionSettings> connections,
@@ -43,6 +63,19 @@ Engine::Engine(std::vector<ConnectionSettings> connections, std::string const& d
             fail<ZANPersistentStorageException>(e.what());
         }
     }
+}
+
+Engine::Presence::Presence() {
+    living().change(1);
+}
+
+Engine::Presence::~Presence() {
+    living().change(-1);
+}
+
+bool Engine::waitForAll(std::chrono::milliseconds patience) {
+    std::unique_lock lock(living().mutex);
+    return living().ended.wait_for(lock, patience, [] { return living().engines == 0; });
 }
 
 // Where a listener held the engine longest, this runs on its delivery thread.

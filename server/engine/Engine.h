@@ -26,6 +26,10 @@ public:
     static std::shared_ptr<Engine> make(std::vector<ConnectionSettings> connections,
                                         std::string const& dataFolder, EventSink const& sink);
 
+    /// Waits until no engine of the process is left, those included that listeners which have not
+    /// returned hold; false when the time was over before.
+    static bool waitForAll(std::chrono::milliseconds patience);
+
     ~Engine();
     Engine(Engine const&) = delete;
     Engine& operator=(Engine const&) = delete;
@@ -62,6 +66,15 @@ private:
     void start();
     void keep();
 
+    /// Counts the engines there are.
+    struct Presence {
+        Presence();
+        Presence(Presence const&) = delete;
+        Presence& operator=(Presence const&) = delete;
+        ~Presence();
+    };
+
+    Presence const presence_; // ends when all else has ended
     DiagnosticQueue diagnostics_;
     DataFolder folder_;
     std::vector<std::unique_ptr<Connection>> connections_;

@@ -25,4 +25,12 @@ void report(std::string const& connection, std::string const& text) {
     std::cout << onOneLine("Connection " + connection + ": " + text) + '\n' << std::flush;
 }
 
+void reportNoMemory() noexcept {
+    try {
+        std::cout << "A connection failed, and there is no memory to tell more\n" << std::flush;
+    } catch (...) {
+        // The application's own stream throws.
+    }
+}
+
 } // namespace zan::server

@@ -23,6 +23,9 @@ std::string onOneLine(std::string text);
 /// holds.
 void report(std::string const& connection, std::string const& text);
 
+/// A failure that cannot be told otherwise, because there is no memory: one line as above.
+void reportNoMemory() noexcept;
+
 template <class Failure>
 void fail(std::string const& text) {
     failAs(Failure().getType(), text);

@@ -25,17 +25,27 @@ FixStream checked(GuaranteedAdapter::Stream stream) {
 } // namespace
 
 GuaranteedAdapter::GuaranteedAdapter(std::weak_ptr<Engine> engine, std::string name)
-    : engine_(std::move(engine)), sieve_(std::make_shared<MessageSieve>()), name_(std::move(name)) {
-}
+    : filter_(std::make_shared<MessageFilter>()), engine_(std::move(engine)),
+      name_(std::move(name)) {}
 
 GuaranteedAdapter::~GuaranteedAdapter() = default;
 
 std::shared_ptr<Engine> GuaranteedAdapter::engine() const {
+    std::unique_lock lock(mutex_);
     std::shared_ptr<Engine> engine = engine_.lock();
+    lock.unlock();
     if (!engine) {
         throw ZANEngineException("the engine is not running");
     }
     return engine;
+}
+
+void GuaranteedAdapter::attachTo(std::weak_ptr<Engine> engine, std::string const& name) {
+    {
+        std::lock_guard const lock(mutex_);
+        engine_ = std::move(engine);
+    }
+    setName(name);
 }
 
 void GuaranteedAdapter::setName(std::string const& name) {
@@ -118,28 +128,27 @@ void GuaranteedAdapter::flush() {
 
 void GuaranteedAdapter::setSubscriptionFilter(std::string const& filter) {
     try {
-        sieve_->setExpression(filter);
+        filter_->setExpression(filter);
     } catch (BadExpression const& e) {
         fail<ZANInvalidMessageException>(e.what());
     }
 }
 
 std::string GuaranteedAdapter::getSubscriptionFilter() {
-    return sieve_->expression();
+    return filter_->expression();
 }
 
 void GuaranteedAdapter::resetSubscriptionFilter() {
-    sieve_->setExpression({});
+    filter_->setExpression({});
 }
 
 // A listener that waited here for its own thread, or for one that waits for it, would wait forever.
 void GuaranteedAdapter::retrievePotentiallyLostMessages() {
     std::shared_ptr<Engine> const running = engine();
-    std::string const name = getSubscriberName();
     std::vector<std::future<void>> deliveries;
     for (auto const& connection : running->connections()) {
-        if (connection->subscribers().hasSieve(*sieve_)) {
-            deliveries.push_back(connection->redeliver(name, sieve_));
+        if (connection->subscribers().hasFilter(*filter_)) {
+            deliveries.push_back(connection->redeliver(filter_));
         }
     }
     if (running->isDelivering()) {

@@ -7,7 +7,7 @@
 
 #include "guaranteed/ZANGMLAdapter.h"
 #include "server/engine/Engine.h"
-#include "server/engine/MessageSieve.h"
+#include "server/engine/MessageFilter.h"
 
 #include <memory>
 #include <mutex>
@@ -42,17 +42,19 @@ public:
     void flush() override;
     std::string getSubscriberName() override;
 
-    /// Gives the listener its name, where it has none yet.
-    void setName(std::string const& name);
+    /// The listener is attached to a connection of this engine, which may be a later one than it
+    /// was made with; it gets this name when it has none yet.
+    void attachTo(std::weak_ptr<Engine> engine, std::string const& name);
 
-    std::shared_ptr<MessageSieve> const& sieve() const { return sieve_; }
+    std::shared_ptr<MessageFilter> const& filter() const { return filter_; }
 
 private:
     std::shared_ptr<Engine> engine() const;
+    void setName(std::string const& name);
 
-    std::weak_ptr<Engine> const engine_;
-    std::shared_ptr<MessageSieve> const sieve_;
-    std::mutex mutex_;
+    std::shared_ptr<MessageFilter> const filter_;
+    mutable std::mutex mutex_;
+    std::weak_ptr<Engine> engine_;
     std::string name_;
     // Marks that were set while there was no name to keep them under.
     std::vector<std::tuple<std::string, FixStream, int>> unnamed_;

@@ -18,6 +18,8 @@ struct LinkState {
     std::string local;
     std::string remote;
     std::string lastError;
+    /// What guaranteed listeners fail on; nothing to do with the link.
+    std::string listenerTrouble;
 
     bool has(long flag) const { return (flags & flag) != 0; }
 

@@ -132,6 +132,14 @@ void LinkWatch::setUnavailable(bool on, std::string const& text) {
     change(on ? FLAG_UNAVAILABLE : 0, FLAG_UNAVAILABLE);
 }
 
+void LinkWatch::setListenerTrouble(std::string const& text) {
+    std::lock_guard const lock(mutex_);
+    if (state_.listenerTrouble != text) {
+        state_.listenerTrouble = text;
+        change(0, 0);
+    }
+}
+
 void LinkWatch::receivedAdmin(std::string const& message) {
     std::string_view const type = valueOf(message, messageTypeTag);
     if (type == "0") {

@@ -49,6 +49,9 @@ public:
     /// The counterparty reads nothing, or does again.
     void setUnavailable(bool on, std::string const& text);
 
+    /// What guaranteed listeners fail on now; empty when they do not.
+    void setListenerTrouble(std::string const& text);
+
     /// The session was stopped: if the link was still up, it is down now, and nobody is to blame.
     void stopped();
 

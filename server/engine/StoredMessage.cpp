@@ -6,6 +6,7 @@
 #include "server/wire/WireText.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <iterator>
 
@@ -19,8 +20,8 @@ constexpr int possDupTag = 43;
 constexpr int sendingTimeTag = 52;
 constexpr int possResendTag = 97;
 constexpr int originalTimeTag = 122;
-constexpr int timeStampTag = 16577;
-constexpr int messageIdTag = 16580;
+constexpr std::array addedTags = {ZANMessage::TIME_STAMP_TAG, ZANMessage::CONNECTION_MESSAGE_ID_TAG,
+                                  ZANMessage::STREAM_TAG};
 
 void add(std::string& text, int tag, std::string_view value) {
     text.append(std::to_string(tag)).append(1, '=').append(value).append(1, fieldSeparator);
@@ -54,6 +55,12 @@ FixStream streamOf(bool isAdmin, bool isOurs) {
     return isOurs ? FixStream::appOut : FixStream::appIn;
 }
 
+void removeAdded(ZANFieldGroup& fields) {
+    for (int const tag : addedTags) {
+        fields.removeField(tag);
+    }
+}
+
 bool isOneOf(int tag, std::initializer_list<int> tags) {
     return std::ranges::find(tags, tag) != tags.end();
 }
@@ -82,10 +89,10 @@ counted_ptr<ZANMessage> modelOf(FixEntry const& entry, CompiledDictionary const&
     counted_ptr<ZANFieldGroup> const fields =
         readMessage(entry.text, fieldSeparator, Reading::Tolerant, dictionary);
     // A counterparty may send anything under these tags, and as text.
-    fields->removeField(timeStampTag);
-    fields->removeField(messageIdTag);
-    fields->setFieldValue(timeStampTag, static_cast<double>(entry.millis));
-    fields->setFieldValue(messageIdTag, entry.id);
+    removeAdded(*fields);
+    fields->setFieldValue(ZANMessage::TIME_STAMP_TAG, static_cast<double>(entry.millis));
+    fields->setFieldValue(ZANMessage::CONNECTION_MESSAGE_ID_TAG, entry.id);
+    fields->setFieldValue(ZANMessage::STREAM_TAG, static_cast<int>(entry.stream));
     if (showing == Showing::PossiblyLost) {
         fields->setFieldValue(possResendTag, "Y");
     } else if (showing == Showing::ForResend) {
@@ -114,8 +121,7 @@ FixEntry insertedEntry(ZANFieldGroup const& message, ConnectionSettings const& s
                        CompiledDictionary const& dictionary) {
     bool const isAdminMessage = outgoingFromModel(message, dictionary).isAdmin();
     ZANFieldGroup fields(message);
-    fields.removeField(timeStampTag);
-    fields.removeField(messageIdTag);
+    removeAdded(fields);
     FixEntry entry;
     entry.origin = FixOrigin::inserted;
     entry.text = wireText(fields, dictionary);

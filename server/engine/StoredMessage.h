@@ -22,7 +22,8 @@ enum class Showing {
     ForResend     ///< with PossDupFlag (43) and OrigSendingTime (122), as a resend request gets it
 };
 
-/// The message with its connection message id (16580) and the time when it was stored (16577).
+/// The message with its connection message id (16580), the time when it was stored (16577) and its
+/// stream (16581).
 counted_ptr<ZANMessage> modelOf(FixEntry const& entry, CompiledDictionary const& dictionary,
                                 Showing showing = Showing::AsStored);
 

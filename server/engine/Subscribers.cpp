@@ -1,5 +1,7 @@
 #include "server/engine/Subscribers.h"
 
+#include "adapter/ListenerCounts.h"
+
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -16,21 +18,19 @@ EventKinds without(EventKinds left, EventKinds right) {
     return {left.admin && !right.admin, left.app && !right.app, left.state && !right.state};
 }
 
-// What is still used elsewhere is let go here, under the caller's lock; the rest ends with the
-// list.
-void release(std::vector<std::shared_ptr<Subscriber>>& subscribers) {
-    for (std::shared_ptr<Subscriber>& subscriber : subscribers) {
-        if (subscriber.use_count() > 1) {
-            subscriber.reset();
-        } else if (subscriber->plain && subscriber->plain.use_count() > 1) {
-            subscriber->plain.reset();
-        } else if (subscriber->guaranteed && subscriber->guaranteed.use_count() > 1) {
-            subscriber->guaranteed.reset();
-        }
-    }
-}
-
 } // namespace
+
+Subscriber::Subscriber(counted_ptr<IZANEventListener> const& listener, EventKinds itsKinds)
+    : plain(share(listener)), kinds(itsKinds) {}
+
+Subscriber::Subscriber(counted_ptr<ZANGuaranteedEngineMessageListener> const& listener,
+                       std::shared_ptr<GuaranteedStream> itsStream, EventKinds itsKinds)
+    : guaranteed(share(listener)), stream(std::move(itsStream)), kinds(itsKinds) {}
+
+Subscriber::~Subscriber() {
+    letGo(plain);
+    letGo(guaranteed);
+}
 
 void const* Subscriber::identity() const {
     return plain ? static_cast<void const*>(plain.get()) : guaranteed.get();
@@ -67,13 +67,13 @@ void Subscribers::add(PlainListener const& listener, EventKinds kinds) {
     if (Shared* const known = find(listener.get())) {
         (*known)->kinds = joined((*known)->kinds, kinds);
     } else {
-        subscribers_.push_back(
-            std::make_shared<Subscriber>(Subscriber{listener, nullptr, nullptr, kinds}));
+        subscribers_.push_back(std::make_shared<Subscriber>(listener, kinds));
     }
 }
 
 void Subscribers::add(GuaranteedListener const& listener,
-                      std::shared_ptr<MessageSieve> const& sieve, EventKinds kinds) {
+                      std::shared_ptr<MessageFilter> const& filter, std::string const& name,
+                      EventKinds kinds) {
     if (!listener || !kinds.any()) {
         return;
     }
@@ -81,8 +81,8 @@ void Subscribers::add(GuaranteedListener const& listener,
     if (Shared* const known = find(listener.get())) {
         (*known)->kinds = joined((*known)->kinds, kinds);
     } else {
-        subscribers_.push_back(
-            std::make_shared<Subscriber>(Subscriber{nullptr, listener, sieve, kinds}));
+        subscribers_.push_back(std::make_shared<Subscriber>(
+            listener, std::make_shared<GuaranteedStream>(name, filter), kinds));
     }
 }
 
@@ -94,49 +94,78 @@ void Subscribers::remove(GuaranteedListener const& listener, EventKinds kinds, P
     remove(static_cast<void const*>(listener.get()), kinds, patience);
 }
 
+// The thread that delivers may hold the entry, but not the listener, a little longer than this.
 void Subscribers::remove(void const* identity, EventKinds kinds, Patience patience) {
-    Subscriber ended; // goes after the lock
-    std::unique_lock lock(mutex_);
-    Shared* const known = find(identity);
-    if (!known) {
-        return;
-    }
-    (*known)->kinds = without((*known)->kinds, kinds);
-    if ((*known)->kinds.any()) {
-        return;
-    }
-    Shared const removed = std::move(*known);
-    std::erase(subscribers_, nullptr);
-    if (returned_.wait_for(lock, patience, [&] { return called_ != removed.get(); })) {
-        ended = std::exchange(*removed, {});
-    }
-}
-
-void Subscribers::clear() {
-    static std::mutex ending;
-    std::vector<Shared> ended;
-    std::lock_guard const turn(ending);
-    std::lock_guard const lock(mutex_);
-    ended.swap(subscribers_);
-    release(ended);
-}
-
-void Subscribers::forEach(bool EventKinds::*kind,
-                          std::function<void(Subscriber const&)> const& deliver) {
-    std::vector<Shared> selected = select(kind);
-    for (Shared const& subscriber : selected) {
-        if (beginCall(*subscriber)) {
-            deliver(*subscriber);
-            endCall();
+    PlainListener plain;
+    GuaranteedListener guaranteed;
+    {
+        std::unique_lock lock(mutex_);
+        Shared* const known = find(identity);
+        if (!known) {
+            return;
         }
+        (*known)->kinds = without((*known)->kinds, kinds);
+        if ((*known)->kinds.any()) {
+            return;
+        }
+        Shared const removed = std::move(*known);
+        std::erase(subscribers_, nullptr);
+        if (returned_.wait_for(lock, patience, [&] { return called_ != removed.get(); })) {
+            plain = std::move(removed->plain);
+            guaranteed = std::move(removed->guaranteed);
+        }
+        lock.unlock(); // before what is left of the entry ends
     }
-    std::lock_guard const lock(mutex_);
-    release(selected);
+    letGo(plain);
+    letGo(guaranteed);
 }
 
-bool Subscribers::beginCall(Subscriber const& subscriber) {
+std::vector<Subscribers::Shared> Subscribers::takeAll() {
     std::lock_guard const lock(mutex_);
-    if (!subscriber.kinds.any()) {
+    return std::exchange(subscribers_, {});
+}
+
+std::vector<Subscribers::Shared>
+Subscribers::forEach(bool EventKinds::*kind,
+                     std::function<void(Subscriber const&)> const& deliver) {
+    std::vector<Shared> selected;
+    {
+        std::lock_guard const lock(mutex_);
+        std::ranges::copy_if(subscribers_, std::back_inserter(selected),
+                             [&](Shared const& entry) { return entry->kinds.*kind; });
+    }
+    for (Shared const& subscriber : selected) {
+        call(*subscriber, kind, [&] { deliver(*subscriber); });
+    }
+    return selected;
+}
+
+std::vector<Subscribers::Shared> Subscribers::guaranteed(MessageFilter const* filter) const {
+    std::vector<Shared> selected;
+    std::lock_guard const lock(mutex_);
+    std::ranges::copy_if(subscribers_, std::back_inserter(selected), [&](Shared const& entry) {
+        return entry->stream && (!filter || &entry->stream->filter() == filter);
+    });
+    return selected;
+}
+
+bool Subscribers::call(Subscriber const& subscriber, bool EventKinds::*kind,
+                       std::function<void()> const& deliver) {
+    if (!beginCall(subscriber, kind)) {
+        return false;
+    }
+    struct End {
+        Subscribers& subscribers;
+        ~End() { subscribers.endCall(); }
+    };
+    End const whateverHappens{*this};
+    deliver();
+    return true;
+}
+
+bool Subscribers::beginCall(Subscriber const& subscriber, bool EventKinds::*kind) {
+    std::lock_guard const lock(mutex_);
+    if (!(subscriber.kinds.*kind)) {
         return false;
     }
     called_ = &subscriber;
@@ -151,18 +180,8 @@ void Subscribers::endCall() {
     returned_.notify_all();
 }
 
-bool Subscribers::hasSieve(MessageSieve const& sieve) const {
-    std::lock_guard const lock(mutex_);
-    return std::ranges::any_of(subscribers_,
-                               [&](Shared const& entry) { return entry->sieve.get() == &sieve; });
-}
-
-std::vector<Subscribers::Shared> Subscribers::select(bool EventKinds::*kind) const {
-    std::vector<Shared> selected;
-    std::lock_guard const lock(mutex_);
-    std::ranges::copy_if(subscribers_, std::back_inserter(selected),
-                         [&](Shared const& entry) { return entry->kinds.*kind; });
-    return selected;
+bool Subscribers::hasFilter(MessageFilter const& filter) const {
+    return !guaranteed(&filter).empty();
 }
 
 } // namespace zan::server

@@ -1,5 +1,6 @@
 #include "server/wire/OutgoingMessage.h"
 
+#include "message/ZANMessage.h"
 #include "server/wire/FieldText.h"
 #include "server/wire/GroupReader.h"
 #include "server/wire/GroupWriter.h"
@@ -12,7 +13,17 @@ namespace zan::server {
 namespace {
 
 bool isSetByEngine(int tag) {
-    constexpr int tags[] = {8, 9, 10, 34, messageTypeTag, 49, 52, 56, 16577, 16580};
+    constexpr int tags[] = {8,
+                            9,
+                            10,
+                            34,
+                            messageTypeTag,
+                            49,
+                            52,
+                            56,
+                            ZANMessage::TIME_STAMP_TAG,
+                            ZANMessage::CONNECTION_MESSAGE_ID_TAG,
+                            ZANMessage::STREAM_TAG};
     return std::ranges::find(tags, tag) != std::end(tags);
 }
 

@@ -8,6 +8,11 @@
 #include "guaranteed/ZANGuaranteedEngineMessageListener.h"
 
 #include <algorithm>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
 #include <thread>
 
 namespace zan::conformance {
@@ -17,11 +22,38 @@ namespace {
 using Guaranteed = counted_ptr<ZANGuaranteedEngineMessageListener>;
 constexpr auto toThem = ZANGuaranteedEngineMessageListener::APP_MSG_TO_COUNTERPARTY;
 
+/// A recorder that has something to do with each order first, and may fail.
+class DutifulRecorder : public EventRecorder {
+public:
+    using Duty = std::function<void(std::string const& id)>;
+
+    void processEvent(counted_ptr<ZANEvent> event) override {
+        if (Duty const duty = current()) {
+            duty(fieldOf(event->getMessage(), 11));
+        }
+        EventRecorder::processEvent(event);
+    }
+
+    void give(Duty duty) {
+        std::lock_guard const lock(mutex_);
+        duty_ = std::move(duty);
+    }
+
+private:
+    Duty current() {
+        std::lock_guard const lock(mutex_);
+        return duty_;
+    }
+
+    std::mutex mutex_;
+    Duty duty_;
+};
+
 /// A guaranteed listener on application messages and states that were sent, and where its events
 /// go. The facade ends with it.
 struct Desk {
     explicit Desk(Trial& itsTrial, UserTicket const& ticket = Trial::me)
-        : trial(itsTrial), recorder(new EventRecorder),
+        : trial(itsTrial), recorder(new DutifulRecorder),
           listener(
               new ZANGuaranteedEngineMessageListener(counted_ptr<IZANEventListener>(recorder))) {
         recorder->patience = trial.context().patience();
@@ -39,14 +71,16 @@ struct Desk {
     }
 
     /// The ids of the orders that came again, as `a b c`.
-    std::string again(std::string const& prefix) { return orders(prefix, true); }
-    std::string live(std::string const& prefix) { return orders(prefix, false); }
+    std::string again(std::string const& prefix) { return orders(prefix, "Y"); }
+    std::string live(std::string const& prefix) { return orders(prefix, ""); }
 
-    std::string orders(std::string const& prefix, bool isAgain) {
+    /// All of them, or those with this PossResend.
+    std::string orders(std::string const& prefix, char const* possResend = nullptr) {
         std::string text;
         for (SeenEvent const& each : recorder->events()) {
             std::string const id = each.field(11);
-            if (each.isType("D") && id.starts_with(prefix) && (each.field(97) == "Y") == isAgain) {
+            bool const isMeant = !possResend || each.field(97) == possResend;
+            if (each.isType("D") && id.starts_with(prefix) && isMeant) {
                 text += (text.empty() ? "" : " ") + id.substr(prefix.size());
             }
         }
@@ -54,7 +88,7 @@ struct Desk {
     }
 
     Trial& trial;
-    EventRecorder* recorder;
+    DutifulRecorder* recorder;
     Guaranteed listener;
 };
 
@@ -217,6 +251,127 @@ void askFromInsideAListener(Trial& trial) {
     ZANEngineProxy::uninitialize();
 }
 
+void getAMessageAgainOnWhichTheyFail(Trial& trial) {
+    trial.connect();
+    Desk desk(trial);
+    std::string const prefix = trial.newId();
+    std::atomic<int> failures{2};
+    desk.recorder->give([&, two = prefix + "two"](std::string const& id) {
+        if (id == two && failures-- > 0) {
+            throw std::runtime_error("not now");
+        }
+    });
+    EventRecorder& other = trial.listen();
+    std::vector<long> numbers;
+    for (char const* const name : {"one", "two", "three"}) {
+        numbers.push_back(trial.send(prefix + name));
+    }
+    EXPECT_TRUE(trial.waitForOrder(other, prefix + "three", numbers[2])) << "others go on";
+    ASSERT_TRUE(trial.waitForOrder(*desk.recorder, prefix + "three", numbers[2]));
+    EXPECT_EQ(desk.orders(prefix), "one two three") << "in their order, none left out";
+    EXPECT_EQ(desk.again(prefix), "two") << "what it had before is marked";
+    long const last = trial.send(prefix + "four");
+    ASSERT_TRUE(trial.waitForOrder(*desk.recorder, prefix + "four", last));
+    EXPECT_EQ(desk.orders(prefix), "one two three four");
+}
+
+void goOnBehindAMessageThatTheySkip(Trial& trial) {
+    trial.connect();
+    Desk desk(trial);
+    std::string const prefix = trial.newId();
+    std::atomic<int> attempts{0};
+    desk.recorder->give([&, two = prefix + "two"](std::string const& id) {
+        if (id == two) {
+            ++attempts;
+            throw std::runtime_error("never");
+        }
+    });
+    std::vector<long> numbers;
+    for (char const* const name : {"one", "two", "three"}) {
+        numbers.push_back(trial.send(prefix + name));
+    }
+    ASSERT_TRUE(trial.eventually([&] { return attempts >= 2; }));
+    EXPECT_EQ(desk.orders(prefix), "one");
+    desk.listener->skip(trial.name(), static_cast<int>(numbers[1]), toThem);
+    EXPECT_TRUE(trial.waitForOrder(*desk.recorder, prefix + "three", numbers[2]));
+    EXPECT_EQ(desk.orders(prefix), "one three");
+    EXPECT_EQ(desk.adapter().getLastConsumedMessage(trial.name(), toThem), numbers[1]);
+}
+
+void stopBeforeAMessageOnWhichTheyFailAgain(Trial& trial) {
+    trial.connect();
+    Desk desk(trial);
+    std::string const prefix = trial.newId();
+    std::vector<long> const numbers = sendThree(trial, desk, prefix);
+    desk.mark(numbers[0]);
+    std::atomic<int> failures{1};
+    desk.recorder->give([&, two = prefix + "two"](std::string const& id) {
+        if (id == two && failures-- > 0) {
+            throw std::runtime_error("not now");
+        }
+    });
+    desk.listener->retrievePotentiallyLostMessages();
+    ASSERT_TRUE(desk.recorder->waitFor(
+        [&](SeenEvent const& e) { return e.field(11) == prefix + "three" && e.field(97) == "Y"; }));
+    EXPECT_EQ(desk.again(prefix), "two three");
+}
+
+// Marks the last message that it got by its event alone.
+class Consumer : public EventRecorder {
+public:
+    void processEvent(counted_ptr<ZANEvent> event) override {
+        EventRecorder::processEvent(event);
+        if (guaranteed) {
+            guaranteed->consumed(event);
+        }
+    }
+    ZANGuaranteedEngineMessageListener* guaranteed = nullptr;
+};
+
+void markAMessageByItsEvent(Trial& trial) {
+    trial.connect();
+    auto* const consumer = new Consumer;
+    consumer->patience = trial.context().patience();
+    Guaranteed listener(
+        new ZANGuaranteedEngineMessageListener(counted_ptr<IZANEventListener>(consumer)));
+    consumer->guaranteed = listener.get();
+    Trial::engine().subscribeDirect(Trial::me, trial.name(), false, true, false, listener);
+    std::string const id = trial.newId();
+    long const number = trial.send(id);
+    ASSERT_TRUE(trial.waitForOrder(*consumer, id, number));
+    EXPECT_TRUE(trial.eventually([&] {
+        return listener->getAdapter().getLastConsumedMessage(trial.name(), toThem) >= number;
+    }));
+    Trial::engine().destroyDirectSubscriber(listener);
+    ZANEngineProxy::uninitialize();
+}
+
+// Copies share an adapter, and each gives it back.
+void mayBeCopied(Trial& trial) {
+    Desk desk(trial);
+    desk.listener->setSubscriptionFilter("stream = 3");
+    auto copy = std::make_unique<ZANGuaranteedEngineMessageListener>(*desk.listener);
+    {
+        std::vector<ZANGuaranteedEngineMessageListener> many;
+        for (int i = 0; i < 20; ++i) {
+            many.push_back(*desk.listener);
+            many.emplace_back(counted_ptr<IZANEventListener>(new EventRecorder));
+        }
+    }
+    EXPECT_EQ(desk.listener->getSubscriptionFilter(), "stream = 3");
+    EXPECT_EQ(copy->getSubscriptionFilter(), "stream = 3");
+    desk.mark(7);
+    EXPECT_EQ(copy->getAdapter().getLastConsumedMessage(trial.name(), toThem),
+              desk.adapter().getLastConsumedMessage(trial.name(), toThem));
+    trial.restart();
+    Guaranteed fresh(
+        new ZANGuaranteedEngineMessageListener(counted_ptr<IZANEventListener>(new EventRecorder)));
+    fresh->setSubscriptionFilter("stream = 2");
+    copy.reset(); // belongs to the adapter of before
+    EXPECT_EQ(fresh->getSubscriptionFilter(), "stream = 2");
+    EXPECT_EQ(desk.listener->getSubscriptionFilter(), "stream = 3");
+}
+
 void outliveTheAdapter(Trial& trial) {
     Desk desk(trial);
     ZANEngineProxy::uninitialize();
@@ -247,6 +402,12 @@ Promises guaranteedPromises() {
         {"Guaranteed", "RefuseMarksThatMakeNoSense", marks, refuseMarksThatMakeNoSense},
         {"Guaranteed", "AskFromInsideAListener", sending, askFromInsideAListener},
         {"Guaranteed", "OutliveTheAdapter", marks, outliveTheAdapter},
+        {"Guaranteed", "GetAMessageAgainOnWhichTheyFail", sending, getAMessageAgainOnWhichTheyFail},
+        {"Guaranteed", "GoOnBehindAMessageThatTheySkip", sending, goOnBehindAMessageThatTheySkip},
+        {"Guaranteed", "StopBeforeAMessageOnWhichTheyFailAgain", sending,
+         stopBeforeAMessageOnWhichTheyFailAgain},
+        {"Guaranteed", "MarkAMessageByItsEvent", sending, markAMessageByItsEvent},
+        {"Guaranteed", "MayBeCopied", filters, mayBeCopied},
     };
 }
 

@@ -175,6 +175,27 @@ TEST_F(BackPressureTest, OfASlowListenerKeepsMemoryBoundedWhileTheySend) {
               static_cast<std::size_t>(floodSize));
 }
 
+TEST_F(BackPressureTest, OfLargeMessagesForAListenerThatDoesNotReturnIsCountedInBytes) {
+    startBoth({});
+    Hold hold;
+    recordOf("C").onEvent(hold.wait());
+    std::string const large(1 << 20, 'x');
+    int posted = 0;
+    std::string const failure = failureOf<ZANConnectionUnavailableException>([&] {
+        for (; posted < 200; ++posted) {
+            engine().postInternalMessage(me, "C", "35=B|148=" + large);
+        }
+    });
+    EXPECT_NE(failure.find("the listeners take no events"), std::string::npos) << failure;
+    EXPECT_GE(posted, 15);
+    EXPECT_LE(posted, 17) << "one is with the listener";
+    hold.release();
+    EXPECT_TRUE(eventually([] {
+        engine().postInternalMessage(me, "C", "35=B|148=again");
+        return true;
+    }));
+}
+
 TEST_F(BackPressureTest, OfAListenerThatDoesNotReturnDoesNotReachAnotherConnection) {
     startBoth({});
     Hold hold;

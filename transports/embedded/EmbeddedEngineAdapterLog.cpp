@@ -1,4 +1,5 @@
 // The operations on the message log: retrieval, edits, posting, resending, guaranteed listeners.
+#include "errors/ZANEngineException.h"
 #include "server/engine/GuaranteedAdapter.h"
 #include "transports/embedded/EmbeddedEngineAdapter.h"
 
@@ -16,9 +17,14 @@ namespace {
 // The marks of a listener that nobody gave a name.
 constexpr char const* nameOfNobody = "default";
 
-// The listener's adapter, which has to be one of ours: it was made while this engine was there.
+// The listener's adapter, which has to be one of ours.
 GuaranteedAdapter& adapterOf(ZANGuaranteedEngineMessageListener& listener) {
-    return dynamic_cast<GuaranteedAdapter&>(listener.getAdapter());
+    auto* const adapter = dynamic_cast<GuaranteedAdapter*>(&listener.getAdapter());
+    if (!adapter) {
+        throw ZANEngineException("the guaranteed listener was made with another engine's adapter; "
+                                 "one that is made now would be right");
+    }
+    return *adapter;
 }
 
 // A stream that does not fit is none that exists; the history tells so.
@@ -38,8 +44,9 @@ void EmbeddedEngineAdapter::subscribeDirect(Ticket ticket, Name connection, bool
     ConnectionInUse const to = at(connection);
     if (listener) {
         GuaranteedAdapter& adapter = adapterOf(*listener);
-        adapter.setName(ticket.getUser().empty() ? nameOfNobody : ticket.getUser());
-        to->subscribers().add(listener, adapter.sieve(), EventKinds{admin, app, state});
+        adapter.attachTo(to.engine, ticket.getUser().empty() ? nameOfNobody : ticket.getUser());
+        to->subscribers().add(listener, adapter.filter(), adapter.getSubscriberName(),
+                              EventKinds{admin, app, state});
     }
 }
 

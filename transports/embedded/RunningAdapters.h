@@ -1,9 +1,13 @@
-/// The adapters whose engines run, so that a program that ends without stopping them ends well.
+/// The adapters whose engines run, so that a program that ends without stopping them ends well, or
+/// while a listener that has stopped one is still on its way out.
 #ifndef ZANENGINE_TRANSPORTS_EMBEDDED_RUNNINGADAPTERS_H
 #define ZANENGINE_TRANSPORTS_EMBEDDED_RUNNINGADAPTERS_H
 
+#include "adapter/DeliveryThread.h"
 #include "adapter/IZANEngineAdapter.h"
+#include "server/engine/Engine.h"
 
+#include <chrono>
 #include <mutex>
 #include <set>
 #include <utility>
@@ -11,7 +15,8 @@
 namespace zan::embedded {
 
 /// The sessions' library has static objects that end when the program ends, before the facade does.
-/// This one comes to life after them and so ends first: it stops what still runs.
+/// This one comes to life after them and so ends first: it stops what still runs, and waits for the
+/// engines to be gone. A listener that ends the program cannot wait for its own.
 ///
 /// Threads: any.
 class RunningAdapters {
@@ -32,6 +37,9 @@ public:
     }
 
 private:
+    // How long the end of the program waits for listeners that do not return.
+    static constexpr std::chrono::seconds patience{10};
+
     RunningAdapters() = default;
 
     ~RunningAdapters() {
@@ -39,8 +47,11 @@ private:
             try {
                 adapter->uninitialize();
             } catch (...) {
-                // A listener that ends the program cannot wait for itself.
+                // There is nobody left to tell.
             }
+        }
+        if (!DeliveryThread::isCurrent()) {
+            server::Engine::waitForAll(patience);
         }
     }
 

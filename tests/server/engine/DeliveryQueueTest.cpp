@@ -39,38 +39,38 @@ protected:
     }
 
     void start() {
-        queue->start(queue, [] {});
+        queue->start(queue, [] { return nullptr; });
     }
 
     std::shared_ptr<DeliveryQueue> queue;
 };
 
-TEST_F(DeliveryQueueTest, DeliversMessagesStatesAndErrandsInTheirOrder) {
+TEST_F(DeliveryQueueTest, DeliversMessagesStatesAndTasksInTheirOrder) {
     std::string order;
     make([&](Delivery const& delivery) {
         if (auto const* entry = std::get_if<FixEntry>(&delivery)) {
             order += entry->text;
-        } else if (auto const* errand = std::get_if<Errand>(&delivery)) {
-            errand->run(errand->lastId);
+        } else if (auto const* task = std::get_if<Task>(&delivery)) {
+            task->run(task->lastId);
         } else {
             order += "state ";
         }
     });
     push(1, "one ");
     queue->push(LinkState{});
-    queue->push([&](long lastId) { order += "errand after " + std::to_string(lastId) + " "; });
+    queue->push([&](long lastId) { order += "task after " + std::to_string(lastId) + " "; });
     push(2, "two ");
     start();
     EXPECT_TRUE(queue->stop(10s));
-    EXPECT_EQ(order, "one state errand after 1 two ");
+    EXPECT_EQ(order, "one state task after 1 two ");
 }
 
 TEST_F(DeliveryQueueTest, KnowsTheNewestMessageOfBefore) {
     long known = 0;
     queue = std::make_shared<DeliveryQueue>(
         [](Delivery const& delivery) {
-            auto const& errand = std::get<Errand>(delivery);
-            errand.run(errand.lastId);
+            auto const& task = std::get<Task>(delivery);
+            task.run(task.lastId);
         },
         [] {}, 41);
     queue->push([&](long lastId) { known = lastId; });
@@ -102,6 +102,104 @@ TEST_F(DeliveryQueueTest, TellsWhenItIsFullAndWhenThereIsRoomAgain) {
     EXPECT_TRUE(queue->stop(10s));
     EXPECT_EQ(delivered, static_cast<int>(DeliveryQueue::capacity));
     EXPECT_EQ(roomAgain, 1);
+}
+
+TEST_F(DeliveryQueueTest, IsFullWhenWhatWaitsIsLarge) {
+    constexpr std::size_t eighth = DeliveryQueue::byteCapacity / 8;
+    std::promise<void> release;
+    auto const released = release.get_future().share();
+    std::promise<void> entered;
+    std::atomic<int> delivered{0};
+    std::atomic<int> roomAgain{0};
+    make(
+        [&](Delivery const&) {
+            if (delivered++ == 0) {
+                entered.set_value();
+                released.wait();
+            }
+        },
+        [&] { ++roomAgain; });
+    start();
+    for (int i = 1; i <= 8; ++i) {
+        EXPECT_TRUE(queue->hasRoom()) << i;
+        push(i, std::string(eighth, 'x'));
+        if (i == 1) {
+            entered.get_future().wait();
+        }
+    }
+    // The one that is being delivered is in memory as well.
+    EXPECT_FALSE(queue->hasRoom());
+    EXPECT_FALSE(queue->waitForRoom(10ms));
+    release.set_value();
+    EXPECT_TRUE(queue->waitForRoom(10s));
+    EXPECT_TRUE(queue->stop(10s));
+    EXPECT_EQ(delivered, 8);
+    EXPECT_EQ(roomAgain, 1);
+    EXPECT_TRUE(queue->hasRoom());
+}
+
+TEST_F(DeliveryQueueTest, TakesOneEntryHoweverLargeItIs) {
+    std::atomic<int> roomAgain{0};
+    make([](Delivery const&) {}, [&] { ++roomAgain; });
+    push(1, std::string(2 * DeliveryQueue::byteCapacity, 'x'));
+    EXPECT_FALSE(queue->hasRoom());
+    start();
+    EXPECT_TRUE(queue->waitForRoom(10s));
+    EXPECT_TRUE(queue->stop(10s));
+    EXPECT_EQ(roomAgain, 1);
+}
+
+// Who sees a listener of the engine end expects that the engine is gone.
+TEST_F(DeliveryQueueTest, LetsGoOfItsListenersAfterItsOwnerWhenItWasLeftBehind) {
+    std::promise<void> entered;
+    std::promise<void> release;
+    make([&, released = release.get_future().share()](Delivery const&) {
+        entered.set_value();
+        released.wait();
+    });
+    std::weak_ptr<DeliveryQueue> const owner = queue;
+    std::promise<bool> endedAfterOwner;
+    std::promise<bool> dropped;
+    std::atomic<bool> isListenerGone{false};
+    std::shared_ptr<void> listeners(nullptr, [&](std::nullptr_t) {
+        isListenerGone = true;
+        endedAfterOwner.set_value(owner.expired());
+    });
+    std::shared_ptr<void> token(nullptr,
+                                [&](std::nullptr_t) { dropped.set_value(isListenerGone); });
+    push(1, "held");
+    queue->push([token = std::move(token)](long) { FAIL() << "the queue was stopped before"; });
+    queue->start(queue,
+                 [listeners = std::move(listeners)]() mutable { return std::move(listeners); });
+    entered.get_future().wait();
+    EXPECT_FALSE(queue->stop(0ms));
+    queue.reset();
+    release.set_value();
+    EXPECT_TRUE(endedAfterOwner.get_future().get());
+    EXPECT_TRUE(dropped.get_future().get()) << "after the listeners";
+}
+
+// Who waits for a task that was broken off finds the listeners gone.
+TEST_F(DeliveryQueueTest, DropsTheTaskThatWasUnderWayAfterTheListeners) {
+    std::promise<void> entered;
+    std::promise<void> release;
+    std::atomic<bool> isListenerGone{false};
+    std::promise<bool> dropped;
+    std::shared_ptr<void> token(nullptr,
+                                [&](std::nullptr_t) { dropped.set_value(isListenerGone); });
+    make([](Delivery const& delivery) { std::get<Task>(delivery).run(0); });
+    queue->push([&, token = std::move(token)](long) {
+        entered.set_value();
+        release.get_future().wait();
+    });
+    queue->start(queue, [&] {
+        return std::shared_ptr<void>(nullptr, [&](std::nullptr_t) { isListenerGone = true; });
+    });
+    entered.get_future().wait();
+    EXPECT_FALSE(queue->stop(0ms));
+    queue.reset();
+    release.set_value();
+    EXPECT_TRUE(dropped.get_future().get());
 }
 
 TEST_F(DeliveryQueueTest, TellsHowMuchIsNotDelivered) {
@@ -172,7 +270,7 @@ TEST_F(DeliveryQueueTest, DeliversWhetherItSleepsOrIsStillAwake) {
     make([&](Delivery const&) { ++count; });
     auto const other = std::make_shared<DeliveryQueue>([&](Delivery const&) { ++count; }, [] {}, 0);
     start();
-    other->start(other, [] {});
+    other->start(other, [] { return nullptr; });
     int pushed = 0;
     for (auto const pause : {0us, 50us, 150us, 250us, 1000us, 5000us}) {
         for (int i = 0; i < 20; ++i) {
@@ -216,7 +314,10 @@ TEST_F(DeliveryQueueTest, TellsItsEndAfterTheLastDelivery) {
     make([&](Delivery const& delivery) { order += std::get<FixEntry>(delivery).text; });
     push(1, "one ");
     push(2, "two ");
-    queue->start(queue, [&] { order += queue->isDelivering() ? "end" : "end elsewhere"; });
+    queue->start(queue, [&] {
+        order += queue->isDelivering() ? "end" : "end elsewhere";
+        return nullptr;
+    });
     EXPECT_TRUE(queue->stop(10s));
     EXPECT_EQ(order, "one two end");
 }
@@ -234,7 +335,10 @@ TEST_F(DeliveryQueueTest, DropsWhatWasNotDoneAfterItsEnd) {
     });
     push(1, "held");
     queue->push([token = std::move(token)](long) { FAIL() << "the queue was stopped before"; });
-    queue->start(queue, [&] { isEnded = true; });
+    queue->start(queue, [&] {
+        isEnded = true;
+        return nullptr;
+    });
     entered.get_future().wait();
     EXPECT_FALSE(queue->stop(0ms));
     release.set_value();
@@ -246,7 +350,7 @@ TEST_F(DeliveryQueueTest, DropsWhatWasNotDoneAfterItsEnd) {
     }
 }
 
-TEST_F(DeliveryQueueTest, DropsErrandsThatCameTooLate) {
+TEST_F(DeliveryQueueTest, DropsTasksThatCameTooLate) {
     auto const token = std::make_shared<int>(0);
     make([](Delivery const&) {});
     start();

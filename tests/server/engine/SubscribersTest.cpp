@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <future>
+#include <new>
 #include <string>
 #include <thread>
 
@@ -161,7 +162,7 @@ TEST_F(SubscribersTest, AreLetGoTogetherAtTheEnd) {
     auto const a = make('a');
     subscribers.add(a, all);
     subscribers.add(make('b'), all);
-    subscribers.clear();
+    subscribers.takeAll();
     EXPECT_EQ(a.use_count(), 1u);
     EXPECT_EQ(alive, 1);
     EXPECT_EQ(called(&EventKinds::app), "");
@@ -175,12 +176,42 @@ TEST_F(SubscribersTest, OfTwoConnectionsThatEndAtTheSameTimeMayBeTheSame) {
         one.add(listener, all);
         other.add(listener, all);
         listener.reset();
-        std::thread first([&] { one.clear(); });
-        std::thread second([&] { other.clear(); });
+        std::thread first([&] { one.takeAll(); });
+        std::thread second([&] { other.takeAll(); });
         first.join();
         second.join();
         EXPECT_EQ(alive, 0);
     }
+}
+
+// The count is one, and belongs to one lock, whichever connections take the listener up.
+TEST_F(SubscribersTest, OfTwoConnectionsAreCountedRightWhileBothAddAndRemoveThem) {
+    constexpr int rounds = 100000;
+    Subscribers one;
+    Subscribers other;
+    auto listener = make('a');
+    auto const change = [&](Subscribers& which) {
+        for (int i = 0; i < rounds; ++i) {
+            which.add(listener, all);
+            which.remove(listener, all, 0ms);
+        }
+    };
+    std::thread first([&] { change(one); });
+    std::thread second([&] { change(other); });
+    first.join();
+    second.join();
+    EXPECT_EQ(listener.use_count(), 1u);
+    EXPECT_EQ(alive, 1);
+}
+
+TEST_F(SubscribersTest, AreNotBeingCalledAfterACallThatThrew) {
+    auto a = make('a');
+    subscribers.add(a, all);
+    EXPECT_THROW(
+        subscribers.forEach(&EventKinds::app, [](Subscriber const&) { throw std::bad_alloc(); }),
+        std::bad_alloc);
+    subscribers.remove(a, all, 10s);
+    EXPECT_EQ(a.use_count(), 1u) << "the call that threw is over";
 }
 
 TEST_F(SubscribersTest, AreNobodyWhenThePointerIsEmpty) {
