@@ -279,6 +279,7 @@ private:
         for (ZANFieldGroup const& instance : group.instances(below(3))) {
             seen += instance.has(1) ? 1 : 0;
         }
+        static_cast<void>(seen);
     }
 
     static std::size_t count(ZANFieldGroup const& group) {
