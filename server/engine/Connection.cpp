@@ -46,8 +46,9 @@ Connection::Connection(ConnectionSettings settings, std::string const& dataFolde
       }),
       history_(log_, settings_, dictionary_,
                [this](std::string const& text) { trouble(FixTrouble::storage, text); }),
-      sendQueue_([this](std::vector<FixOutgoing> const& messages, std::vector<long>& ids) {
-          return sendTogether(messages, ids);
+      sendQueue_([this](std::vector<FixOutgoing> const& messages, std::vector<long>& ids,
+                        SendQueue::Clock::time_point deadline) {
+          return sendTogether(messages, ids, deadline);
       }) {
     try {
         session_ = FixSession::initiator(sessionSettings(settings_, log_), *this);

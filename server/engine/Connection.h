@@ -150,10 +150,11 @@ private:
     FixFields logonFields() const;
     void endSession();
     void setReading();
-    FixSendResult sendTogether(std::vector<FixOutgoing> const& messages, std::vector<long>& ids);
+    FixSendResult sendTogether(std::vector<FixOutgoing> const& messages, std::vector<long>& ids,
+                               SendQueue::Clock::time_point deadline);
     std::vector<long> sendAll(std::vector<FixOutgoing> messages);
     std::vector<long> postAll(std::vector<OutgoingMessage> const& messages);
-    void waitForListeners();
+    void waitForListeners(SendQueue::Clock::time_point deadline);
     bool isListenerStuck() const;
     std::vector<MarkFigures> markFigures() const;
     long newestDelivered(FixStream stream) const;

@@ -8,6 +8,8 @@
 #include "server/engine/EngineErrors.h"
 #include "server/wire/FieldText.h"
 
+#include <algorithm>
+#include <mutex>
 #include <utility>
 
 namespace zan::server {
@@ -18,6 +20,13 @@ using namespace std::chrono_literals;
 
 // How long a send waits for a counterparty, or for listeners, that take nothing.
 constexpr std::chrono::milliseconds sendPatience = 10s;
+
+constexpr char const* isBusy = "the connection is busy with other work; nothing was stored";
+
+std::chrono::milliseconds untilThen(SendQueue::Clock::time_point deadline) {
+    auto const left = deadline - SendQueue::Clock::now();
+    return std::max(std::chrono::duration_cast<std::chrono::milliseconds>(left), 0ms);
+}
 
 // Logons, logouts and the numbering are the session's: it would lose count.
 bool isSessions(std::string const& type) {
@@ -103,8 +112,9 @@ std::vector<long> Connection::sendAll(std::vector<FixOutgoing> messages) {
     }
     std::vector<long> ids;
     if (!messages.empty()) {
-        waitForListeners();
-        FixSendResult const result = sendQueue_.send(std::move(messages), ids);
+        auto const deadline = SendQueue::Clock::now() + sendPatience;
+        waitForListeners(deadline);
+        FixSendResult const result = sendQueue_.send(std::move(messages), ids, deadline);
         if (result != FixSendResult::sent) {
             failToSend(result);
         }
@@ -112,16 +122,17 @@ std::vector<long> Connection::sendAll(std::vector<FixOutgoing> messages) {
     return ids;
 }
 
-void Connection::waitForListeners() {
-    if (!queue_.isDelivering() && !queue_.waitForRoom(sendPatience)) {
+void Connection::waitForListeners(SendQueue::Clock::time_point deadline) {
+    if (!queue_.isDelivering() && !queue_.waitForRoom(untilThen(deadline))) {
         fail<ZANConnectionUnavailableException>(
             described("the listeners take no events; nothing was stored"));
     }
 }
 
 FixSendResult Connection::sendTogether(std::vector<FixOutgoing> const& messages,
-                                       std::vector<long>& ids) {
-    FixSendResult const result = session_->send(messages, sendPatience, ids);
+                                       std::vector<long>& ids,
+                                       SendQueue::Clock::time_point deadline) {
+    FixSendResult const result = session_->send(messages, untilThen(deadline), ids);
     if (result == FixSendResult::sent) {
         watch_.setUnavailable(false, {});
     }
@@ -137,6 +148,9 @@ void Connection::failToSend(FixSendResult result) {
         std::string const text = "the counterparty does not read; nothing was sent";
         watch_.setUnavailable(true, text);
         fail<ZANConnectionUnavailableException>(described(text));
+    }
+    if (result == FixSendResult::busy) {
+        fail<ZANConnectionUnavailableException>(described(isBusy));
     }
     fail<ZANNotConnectedException>(described("not logged on"));
 }
@@ -158,10 +172,14 @@ void Connection::post(Messages const& messages) {
 }
 
 std::vector<long> Connection::postAll(std::vector<OutgoingMessage> const& messages) {
-    waitForListeners();
+    auto const deadline = SendQueue::Clock::now() + sendPatience;
+    waitForListeners(deadline);
     std::vector<long> ids;
     history_.guarded([&] {
-        std::lock_guard const turn(log_);
+        if (!log_.lockUntil(deadline)) {
+            fail<ZANConnectionUnavailableException>(described(isBusy));
+        }
+        std::lock_guard const turn(log_, std::adopt_lock);
         for (OutgoingMessage const& message : messages) {
             ids.push_back(log_.append(internalEntry(message, settings_)));
         }

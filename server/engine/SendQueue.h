@@ -9,6 +9,7 @@
 
 #include "server/sessions/FixSession.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <functional>
@@ -19,14 +20,19 @@ namespace zan::server {
 
 class SendQueue {
 public:
+    using Clock = std::chrono::steady_clock;
+
     /// Sends all of the messages or none, and gives the id of each.
-    using Send =
-        std::function<FixSendResult(std::vector<FixOutgoing> const&, std::vector<long>& ids)>;
+    /// Gives up with `peerTooSlow` or `busy` when it has to wait beyond the deadline.
+    using Send = std::function<FixSendResult(std::vector<FixOutgoing> const&,
+                                             std::vector<long>& ids, Clock::time_point deadline)>;
 
     explicit SendQueue(Send send);
 
     /// The messages stay together and in their order; `ids` gets theirs where they were sent.
-    FixSendResult send(std::vector<FixOutgoing> messages, std::vector<long>& ids);
+    /// `busy` when others were sending until the deadline.
+    FixSendResult send(std::vector<FixOutgoing> messages, std::vector<long>& ids,
+                       Clock::time_point deadline);
 
     /// How many threads wait for another one to send for them.
     std::size_t waiting() const;
@@ -34,11 +40,13 @@ public:
 private:
     struct Waiting {
         std::vector<FixOutgoing> messages;
+        Clock::time_point deadline;
         FixSendResult result = FixSendResult::notLoggedOn;
         std::vector<long> ids;
         bool isDone = false;
     };
 
+    void sendForAll(std::unique_lock<std::mutex>& lock);
     void sendFor(std::vector<Waiting*> const& senders);
 
     Send const send_;

@@ -99,6 +99,7 @@ void LogQueries::readSent(int first, int last, std::string const& where, Sink co
             row.entry.text = row.wireText();
             sink(std::move(row.entry));
         }
+        return true;
     };
     if (isBlank(where)) {
         reader.sent(reader.numberingFirst(), first, end, LogReader::Damaged::Throws, pass);

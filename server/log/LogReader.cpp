@@ -97,19 +97,21 @@ IdRange LogReader::sentWithin(long from, int first, int last) {
     return {firstWithNextOutAbove(first, all), firstWithNextOutAbove(last + 1, all)};
 }
 
-void LogReader::sent(long from, int first, int last, Damaged damaged, RowSink const& sink) {
+void LogReader::sent(long from, int first, int last, Damaged damaged,
+                     std::function<bool(LogRow&&)> const& sink) {
     IdRange const ids = sentWithin(from, first, last);
     Statement& rows =
         connection_.statement(selectRows("id BETWEEN ?1 AND ?2 AND origin=0 AND stream IN (1,3,4) "
                                          "AND seq BETWEEN ?3 AND ?4 ORDER BY id"));
     StatementUse const use(rows);
     rows.bind(1, ids.first).bind(2, ids.second).bind(3, first).bind(4, last);
-    for (int seq = 0; seq < last && rows.step();) {
+    bool isWanted = true;
+    for (int seq = 0; isWanted && seq < last && rows.step();) {
         seq = static_cast<int>(rows.number(4));
         if (damaged == Damaged::Throws) {
-            sink(readRow(connection_.database(), rows));
+            isWanted = sink(readRow(connection_.database(), rows));
         } else if (std::optional<LogRow> row = readSoundRow(rows)) {
-            sink(std::move(*row));
+            isWanted = sink(std::move(*row));
         }
     }
 }

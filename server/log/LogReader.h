@@ -50,9 +50,10 @@ public:
     IdRange sentWithin(long from, int first, int last);
 
     /// What was sent under these numbers, among the rows from `from` on. A damaged row throws, or
-    /// is left out.
+    /// is left out. Ends when `sink` returns false.
     enum class Damaged { Throws, LeftOut };
-    void sent(long from, int first, int last, Damaged damaged, RowSink const& sink);
+    void sent(long from, int first, int last, Damaged damaged,
+              std::function<bool(LogRow&&)> const& sink);
 
 private:
     template <class IsReached>

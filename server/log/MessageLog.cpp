@@ -37,7 +37,7 @@ public:
     }
 
     std::string const file;
-    std::mutex turn;
+    FairLock turn;
     SpaceReserve reserve;
     WriteConnection writing;
     LogWriter writer;
@@ -53,8 +53,8 @@ MessageLog::MessageLog(LogSettings const& settings) : impl_(std::make_unique<Imp
 
 MessageLog::~MessageLog() = default;
 
-void MessageLog::lock() {
-    impl_->turn.lock();
+bool MessageLog::lockUntil(FairLock::Clock::time_point deadline) {
+    return impl_->turn.lockUntil(deadline);
 }
 
 void MessageLog::unlock() {
@@ -86,11 +86,14 @@ long MessageLog::append(FixEntry entry) {
     return impl_->writer.append(std::move(entry));
 }
 
-std::vector<FixEntry> MessageLog::sent(int first, int last) {
+std::vector<FixEntry> MessageLog::sent(int first, int last, std::size_t mostBytes) {
     std::vector<FixEntry> entries;
+    std::size_t bytes = 0;
     auto const take = [&](LogRow const& row) {
         entries.push_back(row.entry);
         entries.back().text = row.wireText();
+        bytes += entries.back().text.size();
+        return bytes < mostBytes;
     };
     int const end = last > 0 ? last : std::numeric_limits<int>::max();
     long const from = impl_->writer.openNumberingFirst();
@@ -99,7 +102,8 @@ std::vector<FixEntry> MessageLog::sent(int first, int last) {
     LogReader(*reader).sent(from, first, end, LogReader::Damaged::LeftOut, take);
     for (LogRow const& row : impl_->writer.openRows()) {
         int const seq = row.entry.seq;
-        if (row.entry.id >= from && isSent(row.entry) && seq >= first && seq <= end) {
+        if (bytes < mostBytes && row.entry.id >= from && isSent(row.entry) && seq >= first &&
+            seq <= end) {
             take(row);
         }
     }

@@ -96,7 +96,7 @@ public:
 
     // The session's side.
 
-    void lock() override;
+    bool lockUntil(FairLock::Clock::time_point deadline) override;
     void unlock() override;
     FixNumbers numbers() const override;
     void setNumbers(FixNumbers numbers) override;
@@ -104,7 +104,8 @@ public:
     FixNumbering numbering() const override;
     void setNumbering(FixNumbering numbering) override;
     long append(FixEntry entry) override;
-    std::vector<FixEntry> sent(int first, int last) override;
+    using FixSessionStore::sent;
+    std::vector<FixEntry> sent(int first, int last, std::size_t mostBytes) override;
     std::vector<FixEntry> commit() override;
     void rollBack() override;
 

@@ -5,6 +5,7 @@
 
 #include <condition_variable>
 #include <list>
+#include <new>
 #include <thread>
 
 #include <poll.h>
@@ -192,8 +193,12 @@ void Acceptor::entertain(int socket, Guest& guest) {
     FixFramer framer;
     std::string logon;
     AcceptedSession* session = nullptr;
-    if (readLogon(socket, framer, logon))
-        session = find(logon);
+    try {
+        if (readLogon(socket, framer, logon))
+            session = find(logon);
+    } catch (std::bad_alloc const&) {
+        session = nullptr; // the link is closed
+    }
     guest.known = session != nullptr;
     if (session == nullptr || stopping_ || !session->adopt(socket, logon, framer))
         close(socket);

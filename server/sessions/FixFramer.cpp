@@ -11,6 +11,8 @@ namespace server {
 namespace {
 // "8=FIXT.1.1|9=12345678|" is 23 bytes; a head that is longer is none.
 std::size_t const longestHead = 40;
+// The room for a giant message is given back after it.
+std::size_t const mostKeptEmpty = 1024 * 1024;
 char const soh = '\x01';
 // "8=" alone stands in many a field.
 std::string const firstBytes = "8=FIX";
@@ -21,7 +23,9 @@ std::size_t const FixFramer::mostShown;
 
 void FixFramer::append(char const* bytes, std::size_t count) {
     // Moving the rest to the front only when it is the smaller part keeps the work linear.
-    if (begin_ > buffer_.size() / 2) {
+    if (begin_ == buffer_.size() && buffer_.capacity() > mostKeptEmpty) {
+        clear();
+    } else if (begin_ > buffer_.size() / 2) {
         buffer_.erase(0, begin_);
         begin_ = 0;
     }
@@ -29,7 +33,7 @@ void FixFramer::append(char const* bytes, std::size_t count) {
 }
 
 void FixFramer::clear() {
-    buffer_.clear();
+    std::string().swap(buffer_);
     begin_ = 0;
 }
 

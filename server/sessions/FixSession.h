@@ -108,6 +108,7 @@ enum class FixSendResult {
     sent,        ///< they have their numbers, are stored, and are on their way
     notLoggedOn, ///< there is nobody to send to
     peerTooSlow, ///< the counterparty does not read
+    busy,        ///< the store's turn was not free for too long
     refused      ///< the store failed: the reason came by `trouble`
 };
 
@@ -141,8 +142,8 @@ public:
 
     /// Sends these messages in this order and in one transaction: all of them or none. `ids` are
     /// then the ids of their entries in the store. When too much is waiting for the counterparty to
-    /// read it waits up to `patience` for room. Not to be called with the store's turn, but by a
-    /// report of this session.
+    /// read, or the store's turn is not free, it waits up to `patience` for both together. Not to
+    /// be called with the store's turn, but by a report of this session.
     virtual FixSendResult send(std::vector<FixOutgoing> const& messages,
                                std::chrono::milliseconds patience, std::vector<long>& ids) = 0;
 

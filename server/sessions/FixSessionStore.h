@@ -8,6 +8,10 @@
 #ifndef ZANENGINE_SERVER_SESSIONS_FIXSESSIONSTORE_H
 #define ZANENGINE_SERVER_SESSIONS_FIXSESSIONSTORE_H
 
+#include "server/sessions/FairLock.h"
+
+#include <cstddef>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -60,8 +64,11 @@ class FixSessionStore {
 public:
     virtual ~FixSessionStore();
 
-    /// Waits for the turn, and gives it back. What was not committed by then is rolled back.
-    virtual void lock() = 0;
+    /// Waits for the turn, and gives it back. What was not committed by then is rolled back. Who
+    /// has waited for a millisecond is not passed over any more.
+    void lock() { lockUntil(FairLock::Clock::time_point::max()); }
+    /// False when the turn was not free before the deadline.
+    virtual bool lockUntil(FairLock::Clock::time_point deadline) = 0;
     virtual void unlock() = 0;
 
     /// The numbers as the open transaction has them, or as they were committed last. Any thread.
@@ -82,9 +89,15 @@ public:
     virtual long append(FixEntry entry) = 0;
 
     /// The messages that were first sent under these numbers of the current numbering, in their
-    /// order, also those of the open transaction. Numbers that cannot be had, those of damaged
-    /// entries too, are left out. Throws std::runtime_error when the storage fails.
-    virtual std::vector<FixEntry> sent(int first, int last) = 0;
+    /// order, also those of the open transaction; the last one is that with which their texts have
+    /// `mostBytes` or more. Numbers that cannot be had, those of damaged entries too, are left out.
+    /// Throws std::runtime_error when the storage fails.
+    virtual std::vector<FixEntry> sent(int first, int last, std::size_t mostBytes) = 0;
+
+    /// As many as there are.
+    std::vector<FixEntry> sent(int first, int last) {
+        return sent(first, last, std::numeric_limits<std::size_t>::max());
+    }
 
     /// Makes the transaction last, and returns its entries in their order. Throws
     /// std::runtime_error when the storage fails; then everything is as it was before.

@@ -21,6 +21,7 @@ bool isFirstSending(FixEntry const& entry) {
 } // namespace
 
 std::size_t const MemoryStore::mostSent;
+std::size_t const MemoryStore::mostSentBytes;
 
 MemoryStore::MemoryStore() {
     committed_.numbering.began = nowMillis();
@@ -55,7 +56,7 @@ long MemoryStore::append(FixEntry entry) {
     return open_.lastId;
 }
 
-std::vector<FixEntry> MemoryStore::sent(int first, int last) {
+std::vector<FixEntry> MemoryStore::sent(int first, int last, std::size_t mostBytes) {
     std::vector<FixEntry> found;
     auto const isAsked = [first, last](FixEntry const& entry) {
         return entry.seq >= first && entry.seq <= last;
@@ -66,21 +67,39 @@ std::vector<FixEntry> MemoryStore::sent(int first, int last) {
                  std::back_inserter(found), [isAsked](FixEntry const& entry) {
                      return isFirstSending(entry) && isAsked(entry);
                  });
+    std::size_t bytes = 0;
+    auto const end = std::find_if(found.begin(), found.end(), [&](FixEntry const& entry) {
+        bytes += entry.text.size();
+        return bytes >= mostBytes;
+    });
+    if (end != found.end())
+        found.erase(end + 1, found.end());
     return found;
 }
 
 std::vector<FixEntry> MemoryStore::commit() {
-    if (wasReset_)
+    if (wasReset_) {
         sent_.clear();
-    std::copy_if(entries_.begin() + static_cast<std::ptrdiff_t>(firstOfNumbering_), entries_.end(),
-                 std::back_inserter(sent_), isFirstSending);
-    while (sent_.size() > mostSent)
-        sent_.pop_front();
+        sentBytes_ = 0;
+    }
+    for (std::size_t i = firstOfNumbering_; i < entries_.size(); ++i)
+        keep(entries_[i]);
     committed_ = open_;
     std::vector<FixEntry> entries;
     entries.swap(entries_);
     rollBack();
     return entries;
+}
+
+void MemoryStore::keep(FixEntry const& entry) {
+    if (!isFirstSending(entry))
+        return;
+    sent_.push_back(entry);
+    sentBytes_ += entry.text.size();
+    while (sent_.size() > mostSent || sentBytes_ > mostSentBytes) {
+        sentBytes_ -= sent_.front().text.size();
+        sent_.pop_front();
+    }
 }
 
 void MemoryStore::rollBack() {

@@ -3,6 +3,7 @@
 #include "server/sessions/FixScanner.h"
 #include "server/sessions/StandardTags.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -19,6 +20,11 @@ namespace {
 int const textTag = 0x7ffffff8;
 int const faultTag = 0x7ffffff9;
 int const reasonTag = 0x7ffffffa;
+
+// 0 where there is no number.
+int numberIn(FIX::Message const& message, int tag) {
+    return message.isSetField(tag) ? std::atoi(message.getFieldRef(tag).getString().c_str()) : 0;
+}
 
 bool isSessionsOwn(int tag) {
     switch (tag) {
@@ -43,6 +49,10 @@ bool isPlainHeader(int tag) {
     return standardPlaceOf(tag) == TagPlace::header && !isLengthOrData(tag) &&
            (tag < hops || tag > lastOfHops);
 }
+
+// No administrative message has so many. QuickFIX keeps them in their order, so that each further
+// one costs more than the one before it.
+std::size_t const mostAdminFields = 1000;
 
 // The first one counts, where a field stands twice.
 void addOnce(FIX::FieldMap& map, int tag, std::string const& value) {
@@ -145,7 +155,8 @@ void readMessage(std::string const& text, FIX::SessionID const& session, Message
             fault = fault ? fault : MessageFault{reasonOf(scanner.fault()), scanner.tag()};
         else if (standardPlaceOf(scanner.tag()) == TagPlace::header)
             addOnce(message.getHeader(), scanner.tag(), scanner.value());
-        else if (admin && standardPlaceOf(scanner.tag()) == TagPlace::body)
+        else if (admin && standardPlaceOf(scanner.tag()) == TagPlace::body &&
+                 message.totalFields() < mostAdminFields)
             addOnce(message, scanner.tag(), scanner.value());
     }
     if (!fault && check != nullptr)
@@ -242,6 +253,34 @@ std::string placeholder(int number) {
     return framed("8=FIX.4.4\x01", "35=0\x01"
                                    "34=" +
                                        std::to_string(number) + "\x01");
+}
+
+bool rangeAskedFor(FIX::Message const& request, int nextOut, NumberRange& range) {
+    range.first = numberIn(request, FIX::FIELD::BeginSeqNo);
+    if (range.first <= 0 || !request.isSetField(FIX::FIELD::EndSeqNo))
+        return false;
+    int const last = numberIn(request, FIX::FIELD::EndSeqNo);
+    // 0, and up to FIX 4.2 999999, too, ask for everything.
+    std::string const& begin = request.getHeader().getField(FIX::FIELD::BeginString);
+    bool const isOpen = last == 0 || (last == 999999 && begin <= FIX::BeginString_FIX42);
+    range.last = isOpen ? nextOut - 1 : std::min(last, nextOut - 1);
+    return true;
+}
+
+void askFor(NumberRange range, FIX::Message& request) {
+    request.setField(FIX::BeginSeqNo(range.first));
+    request.setField(FIX::EndSeqNo(range.last));
+}
+
+void makeRequest(NumberRange range, FIX::SessionID const& session, FIX::Message& request) {
+    request.clear();
+    request.getHeader().setField(session.getBeginString());
+    request.getHeader().setField(FIX::MsgType(FIX::MsgType_ResendRequest));
+    request.getHeader().setField(FIX::MsgSeqNum(0));
+    request.getHeader().setField(FIX::SenderCompID(session.getTargetCompID().getValue()));
+    request.getHeader().setField(FIX::TargetCompID(session.getSenderCompID().getValue()));
+    request.getHeader().setField(FIX::SendingTime(FIX::UtcTimeStamp()));
+    askFor(range, request);
 }
 
 std::string faultOfLogon(std::string const& logon, FIX::SessionID const& session) {

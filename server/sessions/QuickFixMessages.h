@@ -4,6 +4,7 @@
 
 #include "server/sessions/FixMessage.h"
 #include "server/sessions/MessageFault.h"
+#include "server/sessions/NumberRanges.h"
 
 #include <string>
 
@@ -49,6 +50,14 @@ std::string headOf(std::string const& message);
 std::string withBodyOf(std::string const& message, std::string const& head);
 /// An administrative message that stands for a number that cannot be had any more.
 std::string placeholder(int number);
+
+/// What a resend request asks for, where `nextOut` is the number of the next message out. False
+/// where it cannot be read. The range is empty (its last number below its first) where there is
+/// nothing to be sent again.
+bool rangeAskedFor(FIX::Message const& request, int nextOut, NumberRange& range);
+void askFor(NumberRange range, FIX::Message& request);
+/// A request of the counterparty's, under a number that the session does not count.
+void makeRequest(NumberRange range, FIX::SessionID const& session, FIX::Message& request);
 
 /// What is wrong with the header of a Logon that QuickFIX refuses without a reason.
 std::string faultOfLogon(std::string const& logon, FIX::SessionID const& session);

@@ -3,6 +3,7 @@
 #include "server/sessions/FixScanner.h"
 #include "server/sessions/MemoryStore.h"
 #include "server/sessions/QuickFixMessages.h"
+#include "server/sessions/QuickFixTurn.h"
 #include "server/sessions/SessionSetup.h"
 
 #include <chrono>
@@ -17,15 +18,11 @@ namespace server {
 
 namespace {
 
-// More bytes than this do not wait for the rest of what is taken at once.
-std::size_t const mostHeld = 1024 * 1024;
+char const* const queuedEvent = "Processing QUEUED message: ";
 
 char const* const hoursOver = "the session's hours are over";
 
-// Somebody who sends nothing but garbage is no counterparty.
-int const mostGarbageInARow = 16;
-
-long long nowMillis() {
+long long steadyMillis() {
     using namespace std::chrono;
     return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
@@ -54,15 +51,6 @@ FixTrouble kindOf(std::string const& event) {
     return beginsWith(event, "Timed out") ? FixTrouble::timedOut : FixTrouble::session;
 }
 
-std::string reasonIn(FIX::Message const& answer) {
-    std::string reason;
-    if (answer.isSetField(FIX::FIELD::Text))
-        reason = answer.getField(FIX::FIELD::Text);
-    if (answer.isSetField(FIX::FIELD::RefTagID))
-        reason += " (tag " + answer.getField(FIX::FIELD::RefTagID) + ")";
-    return reason;
-}
-
 std::function<long long()> clockOr(std::function<long long()> const& clock) {
     using namespace std::chrono;
     if (clock)
@@ -79,11 +67,6 @@ bool isRepetition(FIX::Message const& message) {
            message.getHeader().getField(FIX::FIELD::MsgType) != FIX::MsgType_SequenceReset;
 }
 
-bool isLogout(FIX::Message const& message) {
-    return message.getHeader().isSetField(FIX::FIELD::MsgType) &&
-           message.getHeader().getField(FIX::FIELD::MsgType) == FIX::MsgType_Logout;
-}
-
 } // namespace
 
 // QuickFIX wants to destroy the logs that it was given; ours is the session itself.
@@ -96,31 +79,6 @@ public:
 
 private:
     FIX::Log& log_;
-};
-
-// A report may make the session send: the thread has the turn already then.
-class QuickFixSession::Turn {
-public:
-    explicit Turn(QuickFixSession& session)
-        : session_(session), isInner_(session.turnHolder_ == std::this_thread::get_id()) {
-        if (!isInner_) {
-            session_.log_.lock();
-            session_.turnHolder_ = std::this_thread::get_id();
-        }
-        session_.store_.begin();
-    }
-    ~Turn() {
-        if (!isInner_) {
-            session_.turnHolder_ = std::thread::id();
-            session_.log_.unlock();
-        }
-    }
-    Turn(Turn const&) = delete;
-    Turn& operator=(Turn const&) = delete;
-
-private:
-    QuickFixSession& session_;
-    bool const isInner_;
 };
 
 QuickFixSession::QuickFixSession(FixSessionSettings const& settings, bool initiator,
@@ -162,14 +120,12 @@ FIX::UtcTimeStamp QuickFixSession::stamp() {
     return now;
 }
 
-template <typename Action>
 void QuickFixSession::work(Action const& action) {
     Turn const turn(*this);
     guarded(action);
     settle();
 }
 
-template <typename Action>
 void QuickFixSession::guarded(Action const& action) {
     std::string reason = "an unknown error in the session";
     try {
@@ -191,11 +147,13 @@ void QuickFixSession::settle() {
     std::vector<FixEntry> entries;
     if (reports_.hasLogon())
         store_.askForReset(false);
-    if (store_.commit(entries)) {
+    if (broken_.empty() && store_.commit(entries)) {
         letOut(entries);
     } else {
         closing_ = true;
-        fail(FixTrouble::storage, store_.failure());
+        bool const isStorage = !store_.failure().empty();
+        fail(isStorage ? FixTrouble::storage : FixTrouble::session,
+             isStorage ? store_.failure() : broken_);
     }
     if (closing_)
         link_.end();
@@ -214,6 +172,7 @@ void QuickFixSession::letOut(std::vector<FixEntry>& entries) {
 void QuickFixSession::fail(FixTrouble kind, std::string reason) {
     store_.rollBack();
     held_.clear();
+    broken_.clear();
     reports_.fail(kind, reason);
 }
 
@@ -232,89 +191,6 @@ void QuickFixSession::attach() {
         if (!closing_)
             session_->next(stamp());
     });
-}
-
-// A logon is reported before the messages that follow it.
-void QuickFixSession::take(std::vector<Incoming>& messages) {
-    Turn const turn(*this);
-    for (Incoming& each : messages) {
-        if (closing_ || link_.ending())
-            break;
-        takeOne(each);
-        if (reports_.hasLogon() || held_.size() > mostHeld) {
-            settle();
-            store_.begin();
-        }
-    }
-    settle();
-}
-
-void QuickFixSession::takeOne(Incoming& incoming) {
-    if (!incoming.fault.empty()) {
-        takeGarbage(incoming);
-        return;
-    }
-    garbageInARow_ = 0;
-    lastEvent_.clear();
-    current_ = &incoming;
-    readMessage(incoming.text, id_, check_, incoming_);
-    if (!hasNumber(incoming_)) {
-        endOver(incoming);
-        return;
-    }
-    int const expected = store_.current().nextIn;
-    int const distance = sequenceNumber(incoming_) - expected;
-    if (distance > 0)
-        keepText(incoming.text, incoming_);
-    guarded([this] { session_->next(incoming_, stamp()); });
-    // A Logout is obeyed whatever its number, and takes the place of no other message.
-    FixNumbers const after = store_.current();
-    if (distance != 0 && after.nextIn == expected + 1 && isLogout(incoming_))
-        store_.setNumbers({after.nextOut, expected});
-    // A repetition of what was taken is passed over without a word.
-    if (current_ != nullptr && !(distance < 0 && isPossDup(incoming_)))
-        refuse(std::move(incoming.text), lastEvent_);
-    current_ = nullptr;
-    if (fault_)
-        finishRefusal();
-}
-
-// Without a number a message can be neither taken nor asked for again.
-void QuickFixSession::endOver(Incoming& incoming) {
-    current_ = nullptr;
-    std::string const reason = "MsgSeqNum (34) is missing or no number";
-    reports_.trouble(FixTrouble::badBytes, reason);
-    refuse(std::move(incoming.text), reason);
-    if (session_->isLoggedOn())
-        guarded([this, &reason] {
-            FIX::Message logout;
-            logout.getHeader().setField(FIX::MsgType(FIX::MsgType_Logout));
-            logout.setField(FIX::Text(reason));
-            session_->send(logout);
-        });
-    closing_ = true;
-}
-
-// QuickFIX lets a link wait whose Logon it cannot reject, and would ask for a gap fill that it has
-// refused again and again.
-void QuickFixSession::finishRefusal() {
-    bool const isGapFill =
-        incoming_.getHeader().getField(FIX::FIELD::MsgType) == FIX::MsgType_SequenceReset;
-    if (!session_->isLoggedOn()) {
-        reports_.trouble(FixTrouble::badBytes, describe(fault_));
-        closing_ = true;
-    } else if (isGapFill && sequenceNumber(incoming_) == store_.current().nextIn) {
-        guarded([this] { session_->setNextTargetMsgSeqNum(store_.current().nextIn + 1); });
-    }
-    fault_ = MessageFault();
-}
-
-// A garbled message is dropped, the gap in the numbers brings it back.
-void QuickFixSession::takeGarbage(Incoming& incoming) {
-    reports_.trouble(FixTrouble::badBytes, incoming.fault);
-    refuse(std::move(incoming.text), incoming.fault);
-    if (!session_->isLoggedOn() || ++garbageInARow_ > mostGarbageInARow)
-        closing_ = true;
 }
 
 void QuickFixSession::tick() {
@@ -372,18 +248,11 @@ void QuickFixSession::tickWithoutReading() {
             session_->next(stamp());
             return;
         }
-        if (!session_->isLoggedOn() || interval == 0 || nowMillis() - lastSentMillis_ < interval)
+        if (!session_->isLoggedOn() || interval == 0 || steadyMillis() - lastSentMillis_ < interval)
             return;
         FIX::Message heartbeat;
         heartbeat.getHeader().setField(FIX::MsgType(FIX::MsgType_Heartbeat));
         session_->send(heartbeat);
-    });
-}
-
-void QuickFixSession::resendMore() {
-    work([this] {
-        slice_ = resends_.take();
-        session_->next(slice_, stamp());
     });
 }
 
@@ -398,14 +267,17 @@ bool QuickFixSession::sayLogout(std::string const& text) {
 
 void QuickFixSession::detach() {
     work([this] {
+        waiting_.clear();
         session_->disconnect();
         renewNumbering();
     });
 }
 
 FixSendResult QuickFixSession::send(std::vector<FixOutgoing> const& messages,
-                                    std::vector<long>& ids) {
-    Turn const turn(*this);
+                                    FairLock::Clock::time_point deadline, std::vector<long>& ids) {
+    Turn const turn(*this, deadline);
+    if (!turn.isHeld())
+        return FixSendResult::busy;
     if (closing_ || !session_->isLoggedOn())
         return FixSendResult::notLoggedOn;
     std::string reason = write(messages, ids);
@@ -505,8 +377,10 @@ void QuickFixSession::toAdmin(FIX::Message& message, FIX::SessionID const&) {
 
 void QuickFixSession::toApp(FIX::Message& message, FIX::SessionID const&) throw(FIX::DoNotSend) {
     store_.forgetNumber();
-    if (own_ == nullptr)
-        refuseAsAnswered(message);
+    contained([&] {
+        if (own_ == nullptr)
+            refuseAsAnswered(message);
+    });
 }
 
 // The fields that the session looks at itself have to stand alone.
@@ -535,16 +409,18 @@ void QuickFixSession::fromAdmin(FIX::Message const& message,
     // The request was accepted with its first slice.
     if (&message == &slice_)
         return;
-    accept(message, FixStream::adminIn);
-    if (&message == &incoming_ && session_->getPersistMessages() &&
-        message.getHeader().getField(FIX::FIELD::MsgType) == FIX::MsgType_ResendRequest)
-        resends_.shorten(incoming_, store_.current().nextOut);
+    contained([&] {
+        accept(message, FixStream::adminIn);
+        if (&message == &incoming_ && session_->getPersistMessages() &&
+            message.getHeader().getField(FIX::FIELD::MsgType) == FIX::MsgType_ResendRequest)
+            beginToResend();
+    });
 }
 
 void QuickFixSession::fromApp(FIX::Message const& message,
                               FIX::SessionID const&) throw(FIX::IncorrectDataFormat,
                                                            FIX::UnsupportedMessageType) {
-    accept(message, FixStream::appIn);
+    contained([&] { accept(message, FixStream::appIn); });
 }
 
 void QuickFixSession::accept(FIX::Message const& message, FixStream stream) {
@@ -576,48 +452,8 @@ std::string QuickFixSession::takeText(FIX::Message const& message) {
     return kept != nullptr ? *kept : message.toString();
 }
 
-void QuickFixSession::refuseAsAnswered(FIX::Message const& answer) {
-    if (current_ == nullptr)
-        return;
-    std::string const reason = reasonIn(answer);
-    refuse(std::move(current_->text), reason.empty() ? lastEvent_ : reason);
-    current_ = nullptr;
-}
-
-// QuickFIX knows one kind of fault that a callback finds; what it says is made right. FIX 4.0
-// and 4.1 have words only, and the reasons of FIX 4.2 end with that of the type.
-void QuickFixSession::tellFault(FIX::Message& reject) {
-    std::string const& version = id_.getBeginString().getValue();
-    int const reason = static_cast<int>(fault_.reason);
-    bool const hasTag = fault_.tag != FixScanner::noNumber;
-    std::string text = textOf(fault_.reason);
-    reject.removeField(FIX::FIELD::RefTagID);
-    reject.removeField(FIX::FIELD::SessionRejectReason);
-    if (version < FIX::BeginString_FIX42 && hasTag)
-        text += " (" + std::to_string(fault_.tag) + ")";
-    reject.setField(FIX::Text(text));
-    if (version < FIX::BeginString_FIX42 || fault_.reason == RejectReason::unsupportedType)
-        return;
-    if (hasTag)
-        reject.setField(FIX::RefTagID(fault_.tag));
-    if (version > FIX::BeginString_FIX42 || fault_.reason <= RejectReason::invalidType)
-        reject.setField(FIX::SessionRejectReason(reason));
-}
-
-void QuickFixSession::refuse(std::string text, std::string const& reason) {
-    FixEntry entry;
-    entry.stream = isAdminText(text) || fixValue(text, FIX::FIELD::MsgType).empty()
-                       ? FixStream::adminIn
-                       : FixStream::appIn;
-    entry.origin = FixOrigin::remark;
-    entry.seq = std::atoi(fixValue(text, FIX::FIELD::MsgSeqNum).c_str());
-    entry.text = std::move(text);
-    entry.note = "refused: " + reason;
-    store_.append(std::move(entry));
-}
-
 void QuickFixSession::onOutgoing(std::string const& text) {
-    lastSentMillis_ = nowMillis();
+    lastSentMillis_ = steadyMillis();
     bool const isAdmin = isAdminText(text);
     FixEntry entry;
     if (store_.usedNumber()) {
@@ -648,9 +484,10 @@ void QuickFixSession::onEvent(std::string const& event) {
         return; // told when the refusal is finished
     if (fault_ && beginsWith(event, "Message "))
         text = "Message refused: " + describe(fault_);
-    // The message waits for the ones before it.
     if (beginsWith(text, "MsgSeqNum too high"))
-        current_ = nullptr;
+        keepForLater();
+    else if (beginsWith(text, queuedEvent))
+        waiting_.release(std::atoi(text.c_str() + std::strlen(queuedEvent)));
     if (!beginsWith(text, "Disconnecting"))
         lastEvent_ = text;
     if (!isOrdinary(text))

@@ -3,8 +3,9 @@
 #define ZANENGINE_SERVER_SESSIONS_QUICKFIXSESSION_H
 
 #include "server/sessions/FixSession.h"
+#include "server/sessions/GapCount.h"
 #include "server/sessions/QuickFixStore.h"
-#include "server/sessions/ResendSlices.h"
+#include "server/sessions/ResendPlan.h"
 #include "server/sessions/SessionHours.h"
 #include "server/sessions/SessionReports.h"
 #include "server/sessions/SocketLink.h"
@@ -59,21 +60,25 @@ public:
     std::string rest();
     /// The link is open: the session begins to talk over it.
     void attach();
-    /// Takes what came in, in one transaction where that is not too much.
+    /// Takes what came in, in one transaction where that is neither too much nor takes too long.
     void take(std::vector<Incoming>& messages);
     /// To be called several times a second: heartbeats and everything else that has its time.
     void tick();
     /// The same while nothing is read: sends heartbeats, but does not expect any.
     void tickWithoutReading();
-    /// Is there more to send again, as the counterparty asked for? `resendMore` sends a part of it.
-    bool hasMoreToResend() const { return !resends_.isEmpty(); }
+    /// Is there something to send again now, as the counterparty asked for? `resendMore` sends a
+    /// part of it.
+    bool hasMoreToResend() { return resends_.isDue(FairLock::Clock::now()); }
     void resendMore();
     /// Says goodbye; false when nobody is logged on, so that there is no answer to wait for.
     bool sayLogout(std::string const& text);
     /// The link is closing.
     void detach();
+    /// Something failed in the middle of the session's work, which is undone; the link ends.
+    void abandon(std::string const& reason);
 
-    FixSendResult send(std::vector<FixOutgoing> const& messages, std::vector<long>& ids);
+    FixSendResult send(std::vector<FixOutgoing> const& messages,
+                       FairLock::Clock::time_point deadline, std::vector<long>& ids);
     void resetNumbers(std::string const& note);
     void setNumbers(FixNumbers numbers, std::vector<std::string> const& notes);
     bool isLoggedOn() const { return reports_.isLoggedOn(); }
@@ -114,10 +119,11 @@ private:
     void changeNumbers(std::vector<std::string> const& notes, Change const& change);
     void addRemark(std::string const& note);
 
-    template <typename Action>
+    using Action = std::function<void()>;
+
     void work(Action const& action);
-    template <typename Action>
     void guarded(Action const& action);
+    void contained(Action const& action);
     void settle();
     void letOut(std::vector<FixEntry>& entries);
     void fail(FixTrouble kind, std::string reason);
@@ -127,8 +133,11 @@ private:
     void takeGarbage(Incoming& incoming);
     void endOver(Incoming& incoming);
     void finishRefusal();
+    void beginToResend();
+    NumberRange nextSlice();
     void accept(FIX::Message const& message, FixStream stream);
     std::string takeText(FIX::Message const& message);
+    void keepForLater();
     void refuseAsAnswered(FIX::Message const& answer);
     void tellFault(FIX::Message& reject);
     void refuse(std::string text, std::string const& reason);
@@ -150,14 +159,17 @@ private:
     QuickFixStore store_;
     FIX::Message incoming_;
     FIX::Message outgoing_;
-    ResendSlices resends_;
+    GapCount waiting_;
+    ResendPlan resends_;
     FIX::Message slice_;
     MessageFault fault_;               // of the message that is refused right now
+    bool hasResent_ = false;           // since the turn began
     Incoming* current_ = nullptr;      // not yet accepted, refused or put aside
     FixOutgoing const* own_ = nullptr; // what an application sends
     std::vector<long>* ids_ = nullptr; // of what it sent
     std::string held_;                 // bytes that wait for the commit
     std::string lastEvent_;
+    std::string broken_; // why the transaction has to fail
     bool closing_ = true;
     int garbageInARow_ = 0;
     long long lastSentMillis_ = 0;

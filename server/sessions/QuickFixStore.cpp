@@ -16,6 +16,7 @@ void QuickFixStore::begin() {
     usedNumber_ = false;
     failure_.clear();
     repeated_.clear();
+    fetched_ = {0, -1};
 }
 
 long QuickFixStore::append(FixEntry entry) {
@@ -88,12 +89,27 @@ void QuickFixStore::change(Action const& action) {
         throw FIX::IOException(failure_);
 }
 
+int QuickFixStore::fetch(NumberRange range, std::size_t mostBytes) {
+    try {
+        repeated_ = store_.sent(range.first, range.last, mostBytes);
+    } catch (std::exception const& error) {
+        failure_ = error.what();
+        throw FIX::IOException(failure_);
+    }
+    std::size_t bytes = 0;
+    for (FixEntry const& entry : repeated_)
+        bytes += entry.text.size();
+    fetched_ = {range.first, bytes < mostBytes ? range.last : repeated_.back().seq};
+    return fetched_.last;
+}
+
 // A number at the end of the range that nothing was sent under would make QuickFIX announce the
 // gap under the wrong number: it gets an administrative message, which it never sends again.
 void QuickFixStore::get(int first, int last, std::vector<std::string>& messages) const
     throw(FIX::IOException) {
     try {
-        repeated_ = store_.sent(first, last);
+        if (first != fetched_.first || last != fetched_.last)
+            repeated_ = store_.sent(first, last);
         for (FixEntry const& entry : repeated_)
             messages.push_back(headOf(entry.text));
         if (first <= last && (repeated_.empty() || repeated_.back().seq != last))

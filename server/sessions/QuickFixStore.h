@@ -3,6 +3,7 @@
 #define ZANENGINE_SERVER_SESSIONS_QUICKFIXSTORE_H
 
 #include "server/sessions/FixSessionStore.h"
+#include "server/sessions/NumberRanges.h"
 
 #include <functional>
 #include <string>
@@ -70,6 +71,10 @@ public:
     bool usedNumber() const { return usedNumber_; }
     void forgetNumber() { usedNumber_ = false; }
 
+    /// Reads what `get` will be asked for, up to so many bytes; returns the last number that is
+    /// covered by what was read. Throws FIX::IOException.
+    int fetch(NumberRange range, std::size_t mostBytes);
+
     /// The message that was sent under this number, behind the new header that QuickFIX has made
     /// for it.
     std::string repetition(int number, std::string const& head) const;
@@ -106,6 +111,7 @@ private:
     bool isHeld_ = false;
     bool usedNumber_ = false;
     mutable std::string failure_;
+    NumberRange fetched_ = {0, -1};
     mutable std::vector<FixEntry> repeated_;
 };
 

@@ -1,6 +1,7 @@
 #include "server/sessions/SessionRunner.h"
 
 #include <algorithm>
+#include <new>
 
 namespace zan {
 namespace server {
@@ -26,13 +27,14 @@ void SessionRunner::requestLogout(std::string const& text) {
 
 FixSendResult SessionRunner::send(std::vector<FixOutgoing> const& messages,
                                   std::chrono::milliseconds patience, std::vector<long>& ids) {
+    Clock::time_point const deadline = Clock::now() + patience;
     ids.clear();
     if (!isLoggedOn() || isQuitting())
         return FixSendResult::notLoggedOn;
-    if (!link_.waitForRoom(patience))
+    if (!link_.waitForRoom(deadline))
         return isLoggedOn() && !link_.ending() ? FixSendResult::peerTooSlow
                                                : FixSendResult::notLoggedOn;
-    return session_.send(messages, ids);
+    return session_.send(messages, deadline, ids);
 }
 
 void SessionRunner::setReading(bool on) {
@@ -56,6 +58,17 @@ void SessionRunner::serve(int socket, std::string const& firstMessage) {
     nextTick_ = Clock::now() + tickInterval;
     link_.open(socket);
     events_.linkUp(localAddress(socket), remoteAddress(socket));
+    try {
+        talk(firstMessage);
+    } catch (std::bad_alloc const&) {
+        session_.abandon("there is no memory for what came in; the link is ended");
+    } catch (std::exception const& error) {
+        session_.abandon(error.what());
+    }
+    finish();
+}
+
+void SessionRunner::talk(std::string const& firstMessage) {
     session_.attach();
     incoming_.assign(firstMessage.empty() ? 0 : 1, Incoming{firstMessage, std::string()});
     session_.take(incoming_);
@@ -69,11 +82,10 @@ void SessionRunner::serve(int socket, std::string const& firstMessage) {
         handleLogoutRequest();
         tickWhenDue();
     }
-    finish();
 }
 
 bool SessionRunner::canResend() {
-    return session_.hasMoreToResend() && link_.waitForRoom(std::chrono::milliseconds(0));
+    return session_.hasMoreToResend() && link_.hasRoom();
 }
 
 void SessionRunner::readBytes() {
@@ -144,6 +156,7 @@ void SessionRunner::finish() {
     session_.detach();
     link_.close(!quitting_);
     framer_.clear();
+    std::vector<Incoming>().swap(incoming_);
     events_.linkDown();
 }
 

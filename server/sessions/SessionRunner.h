@@ -55,6 +55,7 @@ protected:
 private:
     using Clock = std::chrono::steady_clock;
 
+    void talk(std::string const& firstMessage);
     void readBytes();
     void deliver();
     bool frameSome();

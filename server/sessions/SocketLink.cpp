@@ -1,6 +1,7 @@
 #include "server/sessions/SocketLink.h"
 
 #include <cerrno>
+#include <new>
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -71,12 +72,21 @@ bool SocketLink::write(std::string const& bytes) {
             written = writeNow(bytes.data(), bytes.size());
         else if (backlog_.size() - backlogBegin_ > hardLimit)
             endWith("the counterparty does not read");
-        backlog_.append(bytes, written, std::string::npos);
+        keep(bytes, written);
         mustWake = !waiting && hasBacklog();
     }
     if (mustWake)
         wakeUp_.ring();
     return !ending();
+}
+
+// What was committed and cannot be kept does not leave over this link any more.
+void SocketLink::keep(std::string const& bytes, std::size_t written) {
+    try {
+        backlog_.append(bytes, written, std::string::npos);
+    } catch (std::bad_alloc const&) {
+        endWith("out of memory");
+    }
 }
 
 std::size_t SocketLink::writeNow(char const* bytes, std::size_t count) {
@@ -117,10 +127,10 @@ std::size_t SocketLink::backlog() const {
     return socket_ < 0 ? 0 : backlog_.size() - backlogBegin_;
 }
 
-bool SocketLink::waitForRoom(std::chrono::milliseconds patience) {
+bool SocketLink::waitForRoom(std::chrono::steady_clock::time_point deadline) {
     std::unique_lock<std::mutex> lock(mutex_);
     auto const answer = [this] { return ending() || backlog_.size() - backlogBegin_ <= roomLimit; };
-    return (answer() || room_.wait_for(lock, patience, answer)) && !ending();
+    return (answer() || room_.wait_until(lock, deadline, answer)) && !ending();
 }
 
 void SocketLink::end() {

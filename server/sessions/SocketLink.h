@@ -37,8 +37,9 @@ public:
     bool write(std::string const& bytes);
     /// How many bytes wait for the counterparty to take them.
     std::size_t backlog() const;
-    /// False when there is no room before `patience` is over, or no link.
-    bool waitForRoom(std::chrono::milliseconds patience);
+    /// False when there is no room before the deadline, or no link.
+    bool waitForRoom(std::chrono::steady_clock::time_point deadline);
+    bool hasRoom() { return waitForRoom(std::chrono::steady_clock::time_point()); }
     /// Ends the link soon: the session's thread wakes up and finds it ending.
     void end();
     bool ending() const { return ending_.load(std::memory_order_acquire); }
@@ -55,6 +56,7 @@ public:
 
 private:
     void flush();
+    void keep(std::string const& bytes, std::size_t written);
     std::size_t writeNow(char const* bytes, std::size_t count);
     void endWith(std::string const& fault);
     bool hasBacklog() const;

@@ -12,6 +12,12 @@
 namespace {
 
 using namespace zan::server;
+using namespace std::chrono_literals;
+using Clock = SendQueue::Clock;
+
+Clock::time_point soon() {
+    return Clock::now() + 10s;
+}
 
 std::vector<FixOutgoing> messages(std::vector<std::string> const& types) {
     std::vector<FixOutgoing> all;
@@ -23,36 +29,37 @@ std::vector<FixOutgoing> messages(std::vector<std::string> const& types) {
 
 TEST(SendQueue, SendsAtOnceForOneThread) {
     std::vector<std::size_t> sizes;
-    SendQueue queue([&](std::vector<FixOutgoing> const& all, std::vector<long>& ids) {
-        sizes.push_back(all.size());
-        ids = {7, 8};
-        return FixSendResult::sent;
-    });
+    SendQueue queue(
+        [&](std::vector<FixOutgoing> const& all, std::vector<long>& ids, Clock::time_point) {
+            sizes.push_back(all.size());
+            ids = {7, 8};
+            return FixSendResult::sent;
+        });
     std::vector<long> ids;
-    EXPECT_EQ(queue.send(messages({"D", "F"}), ids), FixSendResult::sent);
+    EXPECT_EQ(queue.send(messages({"D", "F"}), ids, soon()), FixSendResult::sent);
     EXPECT_EQ(ids, (std::vector<long>{7, 8}));
     EXPECT_EQ(sizes, (std::vector<std::size_t>{2}));
 }
 
 TEST(SendQueue, GivesEverybodyTheSameRefusal) {
-    SendQueue queue([](std::vector<FixOutgoing> const&, std::vector<long>&) {
+    SendQueue queue([](std::vector<FixOutgoing> const&, std::vector<long>&, Clock::time_point) {
         return FixSendResult::peerTooSlow;
     });
     std::vector<long> ids;
-    EXPECT_EQ(queue.send(messages({"D"}), ids), FixSendResult::peerTooSlow);
+    EXPECT_EQ(queue.send(messages({"D"}), ids, soon()), FixSendResult::peerTooSlow);
     EXPECT_TRUE(ids.empty());
 }
 
 TEST(SendQueue, HasNobodyWaitingWhoIsAlone) {
     std::size_t waiting = 1;
     SendQueue* asked = nullptr;
-    SendQueue queue([&](std::vector<FixOutgoing> const&, std::vector<long>&) {
+    SendQueue queue([&](std::vector<FixOutgoing> const&, std::vector<long>&, Clock::time_point) {
         waiting = asked->waiting();
         return FixSendResult::sent;
     });
     asked = &queue;
     std::vector<long> ids;
-    queue.send(messages({"D"}), ids);
+    queue.send(messages({"D"}), ids, soon());
     EXPECT_EQ(waiting, 0u);
 }
 
@@ -64,24 +71,26 @@ protected:
         std::promise<void> release;
         std::atomic<bool> isFirst{true};
         long next = 0;
-        SendQueue queue([&](std::vector<FixOutgoing> const& all, std::vector<long>& ids) {
-            if (isFirst.exchange(false)) {
-                entered.set_value();
-                release.get_future().wait();
-            }
-            sizes.push_back(all.size());
-            FixSendResult const result = answer(all.size());
-            if (result == FixSendResult::sent) {
-                for (FixOutgoing const& message : all) {
-                    idOf[message.msgType] = ++next;
-                    ids.push_back(next);
+        SendQueue queue(
+            [&](std::vector<FixOutgoing> const& all, std::vector<long>& ids, Clock::time_point) {
+                if (isFirst.exchange(false)) {
+                    entered.set_value();
+                    release.get_future().wait();
                 }
-            }
-            return result;
-        });
+                sizes.push_back(all.size());
+                FixSendResult const result = answer(all.size());
+                if (result == FixSendResult::sent) {
+                    for (FixOutgoing const& message : all) {
+                        idOf[message.msgType] = ++next;
+                        ids.push_back(next);
+                    }
+                }
+                return result;
+            });
         auto const sendAs = [&](std::string const& name) {
             std::vector<long> ids;
-            FixSendResult const result = queue.send(messages({name + "1", name + "2"}), ids);
+            FixSendResult const result =
+                queue.send(messages({name + "1", name + "2"}), ids, soon());
             std::lock_guard const lock(mutex);
             results[name] = result;
             given[name] = ids;
@@ -120,6 +129,61 @@ TEST_F(SendQueueTogether, TriesEachAloneWhenAllTogetherAreTooMuch) {
     EXPECT_EQ(sizes, (std::vector<std::size_t>{2, 4, 2, 2}));
     EXPECT_EQ(results["b"], FixSendResult::sent);
     EXPECT_EQ(results["c"], FixSendResult::sent);
+}
+
+TEST(SendQueue, WaitsForOthersNoLongerThanItsDeadline) {
+    std::promise<void> entered;
+    std::promise<void> release;
+    SendQueue queue(
+        [&](std::vector<FixOutgoing> const&, std::vector<long>& ids, Clock::time_point) {
+            entered.set_value();
+            release.get_future().wait();
+            ids = {1};
+            return FixSendResult::sent;
+        });
+    std::thread first([&] {
+        std::vector<long> ids;
+        EXPECT_EQ(queue.send(messages({"D"}), ids, soon()), FixSendResult::sent);
+    });
+    entered.get_future().wait();
+    std::vector<long> ids;
+    EXPECT_EQ(queue.send(messages({"D"}), ids, Clock::now() + 50ms), FixSendResult::busy);
+    EXPECT_EQ(queue.waiting(), 0u);
+    release.set_value();
+    first.join();
+}
+
+TEST(SendQueue, TriesAgainForThoseWhoHaveTime) {
+    std::promise<void> entered;
+    std::promise<void> release;
+    int calls = 0;
+    SendQueue queue([&](std::vector<FixOutgoing> const& all, std::vector<long>& ids,
+                        Clock::time_point deadline) {
+        if (++calls == 1) {
+            entered.set_value();
+            release.get_future().wait();
+        } else if (all.size() > 1) {
+            std::this_thread::sleep_until(deadline);
+            return FixSendResult::busy;
+        }
+        ids.assign(all.size(), calls);
+        return FixSendResult::sent;
+    });
+    auto const sendUntil = [&](Clock::time_point deadline, FixSendResult expected) {
+        std::vector<long> ids;
+        EXPECT_EQ(queue.send(messages({"D"}), ids, deadline), expected);
+    };
+    std::thread first(sendUntil, soon(), FixSendResult::sent);
+    entered.get_future().wait();
+    std::thread hasty(sendUntil, Clock::now() + 300ms, FixSendResult::busy);
+    std::thread patient(sendUntil, soon(), FixSendResult::sent);
+    while (queue.waiting() < 2) {
+        std::this_thread::yield();
+    }
+    release.set_value();
+    first.join();
+    hasty.join();
+    patient.join();
 }
 
 } // namespace

@@ -14,9 +14,9 @@ public:
         failWhen(failingAppends);
         return MemoryStore::append(std::move(entry));
     }
-    std::vector<zan::server::FixEntry> sent(int first, int last) override {
+    std::vector<zan::server::FixEntry> sent(int first, int last, std::size_t mostBytes) override {
         failWhen(failingReads);
-        return MemoryStore::sent(first, last);
+        return MemoryStore::sent(first, last, mostBytes);
     }
     std::vector<zan::server::FixEntry> commit() override {
         failWhen(failingCommits);
