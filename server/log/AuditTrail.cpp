@@ -59,18 +59,20 @@ TableRow auditRow(ReadConnection& connection, long entry) {
     return row;
 }
 
-AuditTrail::AuditTrail(Database const& database, std::string user, char const* action)
+EditTraces::EditTraces(std::string who, char const* what)
+    : user(std::move(who)), action(what), edited(timeText(nowMillis())) {}
+
+AuditTrail::AuditTrail(Database const& database, EditTraces const& traces)
     : insert_(database, "INSERT INTO audit(edited,user,action,id,time,stream,type,seq,text,note,"
                         "entry,checksum) VALUES(?1,?2,?3,?4,?5,?6,?7,?8,?9,?10,?11,"
                         "row_sum(?11,?1,?2,?3,?4,?5,?6,?7,?8,?9,?10))"),
-      entry_(newestEntry(database)), edited_(timeText(nowMillis())), user_(std::move(user)),
-      action_(action) {}
+      entry_(newestEntry(database)), traces_(traces) {}
 
 void AuditTrail::add(FixEntry const& entry) {
     std::string const time = timeText(entry.millis);
-    insert_.bindText(1, edited_)
-        .bindText(2, user_)
-        .bindText(3, action_)
+    insert_.bindText(1, traces_.edited)
+        .bindText(2, traces_.user)
+        .bindText(3, traces_.action)
         .bind(4, entry.id)
         .bindText(5, time)
         .bind(6, static_cast<std::int64_t>(entry.stream))

@@ -26,19 +26,26 @@ TableRow tableRowOf(FixEntry const& entry);
 /// Of the audit, by the number of its entry; without secrets, which the file keeps.
 TableRow auditRow(ReadConnection& connection, long entry);
 
+/// Of one edit: who made it, what it was, and when it began.
+struct EditTraces {
+    EditTraces(std::string who, char const* what);
+
+    std::string const user;
+    std::string const action;
+    std::string const edited;
+};
+
 /// Writes what one edit did.
 class AuditTrail {
 public:
-    AuditTrail(Database const& database, std::string user, char const* action);
+    AuditTrail(Database const& database, EditTraces const& traces);
 
     void add(FixEntry const& entry);
 
 private:
     Statement insert_;
     std::int64_t entry_; ///< the newest
-    std::string const edited_;
-    std::string const user_;
-    std::string const action_;
+    EditTraces const& traces_;
 };
 
 } // namespace zan::server

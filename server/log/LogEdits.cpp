@@ -6,11 +6,16 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace zan::server {
 
 namespace {
+
+// One transaction of an edit: as much as a send may wait for.
+constexpr std::size_t rowsInPiece = 256;
+constexpr std::size_t bytesInPiece = 1024 * 1024;
 
 SearchTerms termsOf(int stream, std::string const& where) {
     SearchTerms terms;
@@ -20,8 +25,14 @@ SearchTerms termsOf(int stream, std::string const& where) {
     return terms;
 }
 
+bool isFull(SqliteFailure const& failure) {
+    return failure.code() == SQLITE_FULL || failure.code() == SQLITE_IOERR;
+}
+
+} // namespace
+
 // `note = <expression>, text = <expression>`, in any order.
-class Assignments {
+class LogEdits::Assignments {
 public:
     explicit Assignments(std::string const& text) : callers_(text) {
         for (CallersSql::Part const& part : callers_.partsAtCommas()) {
@@ -31,7 +42,20 @@ public:
 
     CallersSql const& callers() const { return callers_; }
     std::vector<CallersSql::Part> const& values() const { return values_; }
-    std::vector<std::string> const& names() const { return names_; }
+
+    // Of the row that the search has found.
+    Change valuesOf(RowSearch const& search) const {
+        Change change;
+        for (std::size_t index = 0; index < names_.size(); ++index) {
+            (names_[index] == "text" ? change.text : change.note) = search.value(index);
+        }
+        if (change.text && change.text->empty()) {
+            callers_.failAt(values_.front().first, "the text of the entry with id " +
+                                                       std::to_string(search.key()) +
+                                                       " would be empty");
+        }
+        return change;
+    }
 
 private:
     void take(CallersSql::Part part) {
@@ -57,6 +81,12 @@ private:
     std::vector<CallersSql::Part> values_;
     std::vector<std::string> names_;
 };
+
+RowSearch LogEdits::searchFor(ReadConnection& connection, SearchTerms const& terms,
+                              Assignments const* wanted) {
+    return wanted ? RowSearch(connection.guard(), terms, &wanted->callers(), wanted->values())
+                  : RowSearch(connection.guard(), terms);
+}
 
 // Looks at rows and at what the session still needs of them, inside of a transaction.
 class EditedRows {
@@ -102,116 +132,124 @@ private:
     Statement delete_;
 };
 
-bool isFull(SqliteFailure const& failure) {
-    return failure.code() == SQLITE_FULL || failure.code() == SQLITE_IOERR;
-}
-
-} // namespace
-
 long LogEdits::update(int stream, std::string const& assignments, std::string const& where,
                       std::string const& user) {
     std::lock_guard const lock(editing_);
-    return apply(changesOf(termsOf(stream, where), assignments), user);
+    Assignments const wanted(assignments);
+    auto const assign = [](EditedRows& rows, LogRow& row, Change const& change) {
+        if (change.text && rows.isNeeded(row) && !row.wire) {
+            row.wire = row.entry.text;
+        }
+        row.entry.text = change.text.value_or(row.entry.text);
+        row.entry.note = change.note.value_or(row.entry.note);
+        rows.update(row);
+    };
+    return inPieces(termsOf(stream, where), &wanted, EditTraces(user, "update"), assign);
 }
 
 long LogEdits::remove(int stream, std::string const& where, std::string const& user) {
     std::lock_guard const lock(editing_);
-    std::vector<long> const ids = idsOf(termsOf(stream, where));
-    try {
-        return remove(ids, user);
-    } catch (SqliteFailure const& failure) {
-        if (!isFull(failure) || !reserve_.giveUp()) {
-            throw;
-        }
-    }
-    return remove(ids, user);
+    auto const take = [](EditedRows& rows, LogRow& row, Change const&) { rows.remove(row); };
+    return inPieces(termsOf(stream, where), nullptr, EditTraces(user, "delete"), take);
 }
 
-long LogEdits::insert(LogWriter& writer, std::vector<FixEntry> entries, std::string const& user) {
-    for (FixEntry& entry : entries) {
+long LogEdits::insert(LogWriter& writer, std::vector<FixEntry>& entries, EditTraces const& traces) {
+    std::size_t bytes = 0;
+    std::size_t count = 0;
+    for (; count < std::min(rowsInPiece, entries.size()) && bytes < bytesInPiece; ++count) {
+        FixEntry& entry = entries[count];
+        bytes += entry.text.size();
         entry.origin = FixOrigin::inserted;
         writer.append(std::move(entry));
     }
-    std::vector<FixEntry> const inserted = writer.commit([&](WriteConnection& connection) {
-        AuditTrail trail(connection.database(), user, "insert");
+    writer.commit([&](WriteConnection& connection) {
+        AuditTrail trail(connection.database(), traces);
         for (LogRow const& row : writer.openRows()) {
             trail.add(row.entry);
         }
     });
-    return static_cast<long>(inserted.size());
+    entries.erase(entries.begin(), entries.begin() + static_cast<std::ptrdiff_t>(count));
+    return static_cast<long>(count);
 }
 
-std::vector<LogEdits::Change> LogEdits::changesOf(SearchTerms const& terms,
-                                                  std::string const& assignments) {
-    Assignments const wanted(assignments);
-    ReadPool::Reader const pooled(pool_);
-    RowSearch search(pooled->guard(), terms, &wanted.callers(), wanted.values());
-    std::vector<Change> changes;
-    while (search.next()) {
-        Change change;
-        change.id = search.key();
-        for (std::size_t index = 0; index < wanted.names().size(); ++index) {
-            auto& value = wanted.names()[index] == "text" ? change.text : change.note;
-            value = search.value(index);
-        }
-        if (change.text && change.text->empty()) {
-            wanted.callers().failAt(wanted.values().front().first,
-                                    "the text of the entry with id " + std::to_string(change.id) +
-                                        " would be empty");
-        }
-        changes.push_back(std::move(change));
-    }
-    return changes;
-}
-
-std::vector<long> LogEdits::idsOf(SearchTerms const& terms) {
-    ReadPool::Reader const pooled(pool_);
-    RowSearch search(pooled->guard(), terms);
-    std::vector<long> ids;
-    while (search.next()) {
-        ids.push_back(search.key());
-    }
-    return ids;
-}
-
-long LogEdits::apply(std::vector<Change> const& changes, std::string const& user) {
+// Rows that come meanwhile are behind the last one.
+long LogEdits::inPieces(SearchTerms terms, Assignments const* wanted, EditTraces const& traces,
+                        Apply const& apply) {
+    terms.ids.second = lastOf(terms, wanted);
     long count = 0;
-    connection_.transact([&](WriteConnection& connection) {
-        AuditTrail trail(connection.database(), user, "update");
-        EditedRows rows(connection);
-        for (Change const& change : changes) {
-            std::optional<LogRow> row = rows.visible(change.id);
-            if (!row) {
-                continue;
+    try {
+        while (terms.ids.first <= terms.ids.second) {
+            std::vector<Change> const piece = pieceOf(terms, wanted);
+            if (piece.empty()) {
+                break;
             }
-            trail.add(row->entry);
-            if (change.text && rows.isNeeded(*row) && !row->wire) {
-                row->wire = row->entry.text;
-            }
-            row->entry.text = change.text.value_or(row->entry.text);
-            row->entry.note = change.note.value_or(row->entry.note);
-            rows.update(*row);
-            ++count;
+            count += write(piece, traces, apply);
+            terms.ids.first = piece.back().id + 1;
         }
-    });
+    } catch (LogFailure const& failure) {
+        if (count == 0) {
+            throw;
+        }
+        throw LogFailure(std::string(failure.what()) + "; " + std::to_string(count) +
+                         " entries were edited before, as the audit tells under the time " +
+                         traces.edited);
+    }
     return count;
 }
 
-long LogEdits::remove(std::vector<long> const& ids, std::string const& user) {
-    long count = 0;
-    connection_.transact([&](WriteConnection& connection) {
-        AuditTrail trail(connection.database(), user, "delete");
-        EditedRows rows(connection);
-        for (long const id : ids) {
-            std::optional<LogRow> row = rows.visible(id);
-            if (!row) {
-                continue;
-            }
-            trail.add(row->entry);
-            rows.remove(*row);
-            ++count;
+// Computes everything that the edit will need, and keeps nothing of it.
+long LogEdits::lastOf(SearchTerms const& terms, Assignments const* wanted) {
+    ReadPool::Reader const pooled(pool_);
+    RowSearch search = searchFor(*pooled, terms, wanted);
+    long last = 0;
+    while (search.next()) {
+        last = search.key();
+        if (wanted) {
+            wanted->valuesOf(search);
         }
-    });
+    }
+    return last;
+}
+
+std::vector<LogEdits::Change> LogEdits::pieceOf(SearchTerms const& terms,
+                                                Assignments const* wanted) {
+    ReadPool::Reader const pooled(pool_);
+    RowSearch search = searchFor(*pooled, terms, wanted);
+    std::vector<Change> piece;
+    std::size_t bytes = 0;
+    while (piece.size() < rowsInPiece && bytes < bytesInPiece && search.next()) {
+        Change change = wanted ? wanted->valuesOf(search) : Change();
+        change.id = search.key();
+        bytes += change.text.value_or("").size() + change.note.value_or("").size();
+        piece.push_back(std::move(change));
+    }
+    return piece;
+}
+
+long LogEdits::write(std::vector<Change> const& piece, EditTraces const& traces,
+                     Apply const& apply) {
+    long count = 0;
+    auto const work = [&](WriteConnection& connection) {
+        count = 0;
+        AuditTrail trail(connection.database(), traces);
+        EditedRows rows(connection);
+        for (Change const& change : piece) {
+            if (std::optional<LogRow> row = rows.visible(change.id)) {
+                trail.add(row->entry);
+                apply(rows, *row, change);
+                ++count;
+            }
+        }
+    };
+    try {
+        connection_.transact(work);
+    } catch (SqliteFailure const& failure) {
+        // Entries can be deleted from a full disk.
+        if (traces.action != "delete" || !isFull(failure) || !reserve_.giveUp()) {
+            throw;
+        }
+        connection_.transact(work);
+    }
     return count;
 }
 

@@ -1,20 +1,29 @@
 /// Edits of the log, each with its traces in the audit.
 ///
+/// An edit is made in pieces, each in a transaction of its own, so that sends go in between and the
+/// texts of one piece alone are in memory. Before the first piece every row is looked at: an
+/// expression that fails on one of them changes nothing. Where the storage fails in the middle, the
+/// pieces before stay; their traces have the time at which the edit began.
+///
 /// Threads: any; one edit at a time.
 #ifndef ZANENGINE_SERVER_LOG_LOGEDITS_H
 #define ZANENGINE_SERVER_LOG_LOGEDITS_H
 
+#include "server/log/AuditTrail.h"
 #include "server/log/LogWriter.h"
 #include "server/log/ReadPool.h"
 #include "server/log/RowSearch.h"
 #include "server/log/SpaceReserve.h"
 
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace zan::server {
+
+class EditedRows;
 
 class LogEdits {
 public:
@@ -26,8 +35,8 @@ public:
                 std::string const& user);
     long remove(int stream, std::string const& where, std::string const& user);
 
-    /// With the turn.
-    static long insert(LogWriter& writer, std::vector<FixEntry> entries, std::string const& user);
+    /// With the turn. Gives as many of the entries as one piece has, and takes them out.
+    static long insert(LogWriter& writer, std::vector<FixEntry>& entries, EditTraces const& traces);
 
 private:
     struct Change {
@@ -35,11 +44,16 @@ private:
         std::optional<std::string> text;
         std::optional<std::string> note;
     };
+    class Assignments;
+    using Apply = std::function<void(EditedRows&, LogRow&, Change const&)>;
 
-    std::vector<Change> changesOf(SearchTerms const& terms, std::string const& assignments);
-    std::vector<long> idsOf(SearchTerms const& terms);
-    long apply(std::vector<Change> const& changes, std::string const& user);
-    long remove(std::vector<long> const& ids, std::string const& user);
+    long inPieces(SearchTerms terms, Assignments const* wanted, EditTraces const& traces,
+                  Apply const& apply);
+    static RowSearch searchFor(ReadConnection& connection, SearchTerms const& terms,
+                               Assignments const* wanted);
+    long lastOf(SearchTerms const& terms, Assignments const* wanted);
+    std::vector<Change> pieceOf(SearchTerms const& terms, Assignments const* wanted);
+    long write(std::vector<Change> const& piece, EditTraces const& traces, Apply const& apply);
 
     WriteConnection& connection_;
     ReadPool& pool_;

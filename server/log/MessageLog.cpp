@@ -176,8 +176,13 @@ long MessageLog::remove(int stream, std::string const& where, std::string const&
 }
 
 long MessageLog::insert(std::vector<FixEntry> entries, std::string const& user) {
-    std::lock_guard const turn(*this);
-    return LogEdits::insert(impl_->writer, std::move(entries), user);
+    EditTraces const traces(user, "insert");
+    long count = 0;
+    while (!entries.empty()) {
+        std::lock_guard const turn(*this);
+        count += LogEdits::insert(impl_->writer, entries, traces);
+    }
+    return count;
 }
 
 int MessageLog::mark(std::string const& subscriber, FixStream stream) const {

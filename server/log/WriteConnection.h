@@ -9,6 +9,7 @@
 #include "server/log/LogRow.h"
 #include "server/log/LogWitness.h"
 #include "server/log/Sqlite.h"
+#include "server/sessions/FairLock.h"
 
 #include <atomic>
 #include <chrono>
@@ -108,7 +109,7 @@ private:
     void restoreAhead();
     bool isAheadLost() const;
 
-    std::mutex mutex_;
+    FairLock mutex_;
     LogWitness witness_; // the first to look, before the file is opened
     bool const isDurable_;
     Database database_;

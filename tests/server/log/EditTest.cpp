@@ -1,6 +1,11 @@
 // Edits: what they change, what they keep for the session, and what the audit tells of them.
 #include "server/log/LogFixture.h"
 
+#include <atomic>
+#include <chrono>
+#include <set>
+#include <thread>
+
 namespace {
 
 using namespace logtest;
@@ -122,6 +127,72 @@ TEST_F(Edits, HideWhatTheSessionMayNeedAgain) {
     EXPECT_EQ(sentNumbers(1, 9), (std::vector<int>{1, 2}));
     EXPECT_EQ(log().remove(-1, "", "ann"), 0);
     EXPECT_EQ(log().update(-1, "note = 'x'", "", "ann"), 0);
+}
+
+// More entries than one transaction takes.
+class LargeEdits : public Edits {
+protected:
+    void fill(int count) {
+        Turn const turn(log());
+        for (int i = 0; i < count; ++i) {
+            log().append(entry(FixStream::appIn, 0, "35=8|37=X|58=" + std::to_string(i) + "|"));
+        }
+        log().commit();
+    }
+};
+
+TEST_F(LargeEdits, TouchEveryEntryOnceUnderOneTime) {
+    fill(2000);
+    EXPECT_EQ(log().update(-1, "note = note || 'n', text = text || '60=x'", "id % 2 = 0", "ann"),
+              1000);
+    EXPECT_EQ(table("id", "note = 'n' AND text LIKE '%60=x'").size(), 1001u);
+    EXPECT_EQ(log().remove(-1, "id % 2 = 0", "ann"), 1000);
+    EXPECT_EQ(table("id").size(), 1001u);
+    std::set<std::string> times;
+    LogTable const traces = table("edited,action");
+    for (std::size_t row = 1; row < traces.size(); ++row) {
+        times.insert(traces[row][0] + traces[row][1]);
+    }
+    EXPECT_EQ(traces.size(), 2001u);
+    EXPECT_EQ(times.size(), 2u);
+}
+
+TEST_F(LargeEdits, ChangeNothingWhereTheExpressionFailsOnOneEntry) {
+    fill(2000);
+    std::string const why = complaint("text = CASE id WHEN 1900 THEN '' ELSE text || 'x' END");
+    EXPECT_NE(why.find("the text of the entry with id 1900 would be empty"), std::string::npos);
+    EXPECT_EQ(table("id", "text LIKE '%x'").size(), 1u);
+    EXPECT_EQ(table("audit").size(), 1u);
+    EXPECT_NE(complaint("note = 'x'", "id < 1900 OR tag(1900 - id) = 1").find("tag(N)"),
+              std::string::npos);
+    EXPECT_EQ(table("id", "note <> ''").size(), 1u);
+}
+
+TEST_F(LargeEdits, LetSendsInBetween) {
+    fill(30000);
+    std::atomic<bool> isOver{false};
+    auto longest = std::chrono::steady_clock::duration::zero();
+    int sends = 0;
+    std::thread sender([&] {
+        for (; !isOver; ++sends) {
+            auto const start = std::chrono::steady_clock::now();
+            send("11=A|");
+            longest = std::max(longest, std::chrono::steady_clock::now() - start);
+        }
+    });
+    EXPECT_EQ(log().update(2, "note = 'seen', text = text || '60=x'", "", "ann"), 30000);
+    isOver = true;
+    sender.join();
+    EXPECT_GT(sends, 20);
+    EXPECT_LT(longest, std::chrono::seconds(1));
+    RecordProperty("longest_send_micros", static_cast<int>(longest / std::chrono::microseconds(1)));
+}
+
+TEST_F(LargeEdits, PutManyEntriesIn) {
+    std::vector<FixEntry> entries(1000, entry(FixStream::appIn, 7, "35=8|37=X|"));
+    EXPECT_EQ(log().insert(entries, "ann"), 1000);
+    EXPECT_EQ(table("id").size(), 1001u);
+    EXPECT_EQ(table("audit", "action = 'insert'").size(), 1001u);
 }
 
 TEST_F(Edits, NeverGiveAnIdTwice) {
