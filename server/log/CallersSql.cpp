@@ -13,6 +13,9 @@ namespace {
 constexpr std::size_t longestText = 64 * 1024;
 constexpr std::size_t longestShown = 120;
 
+// What is computed of one large value before the clock is looked at.
+constexpr std::size_t mostBrackets = 40;
+
 bool isBlankCharacter(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f';
 }
@@ -174,6 +177,10 @@ void CallersSql::checkBrackets() const {
     for (std::size_t token = 0; token < tokens_.size(); ++token) {
         if (isSymbol(token, '(')) {
             open.push_back(token);
+            if (open.size() > mostBrackets) {
+                failAt(token, "brackets stand in each other more than " +
+                                  std::to_string(mostBrackets) + " times");
+            }
         } else if (isSymbol(token, ')')) {
             if (open.empty()) {
                 failAt(token, "')' without a '('");

@@ -15,7 +15,7 @@ constexpr std::chrono::seconds longestTime{10};
 constexpr std::string_view entryAsRow =
     "SELECT CAST(?1 AS INTEGER) AS id,CAST(?2 AS TEXT) AS time,CAST(?3 AS INTEGER) AS stream,"
     "CAST(?4 AS TEXT) AS type,CAST(?5 AS INTEGER) AS seq,CAST(tag(?6,49) AS TEXT) AS sender,"
-    "CAST(tag(?6,56) AS TEXT) AS target,CAST(?6 AS TEXT) AS text,CAST(?7 AS TEXT) AS note";
+    "CAST(tag(?6,56) AS TEXT) AS target,seen(?6) AS text,seen(?7) AS note";
 
 } // namespace
 

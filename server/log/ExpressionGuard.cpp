@@ -1,12 +1,11 @@
 #include "server/log/ExpressionGuard.h"
 
-#include "server/wire/FieldText.h"
+#include "server/log/BoundedFunctions.h"
 
 #include <sqlite3.h>
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <string>
 #include <string_view>
 
@@ -18,7 +17,10 @@ using namespace std::string_view_literals;
 using Clock = ExpressionGuard::Clock;
 
 // After how many instructions of SQLite's the clock is looked at.
-constexpr int instructionsBetweenLooks = 1000;
+constexpr int instructionsBetweenLooks = 100;
+
+// What a search may take beside what was in use when it began; orders keep what they compare.
+constexpr sqlite3_int64 mostMemory = 512 * 1024 * 1024;
 
 // The outer SELECT and the one that it reads from; one more is a caller's.
 constexpr int selectsOfOurs = 2;
@@ -46,25 +48,9 @@ bool isFunction(std::string_view name) {
     return std::ranges::find(functions, name) != functions.end();
 }
 
-void tagOf(sqlite3_context* context, int, sqlite3_value** values) {
-    sqlite3_int64 const tag = sqlite3_value_int64(values[1]);
-    if (sqlite3_value_type(values[1]) != SQLITE_INTEGER || tag <= 0 ||
-        tag > std::numeric_limits<int>::max()) {
-        sqlite3_result_error(context, "tag(N) needs a positive whole number", -1);
-        return;
-    }
-    auto const* const bytes = static_cast<char const*>(sqlite3_value_blob(values[0]));
-    auto const size = static_cast<std::size_t>(sqlite3_value_bytes(values[0]));
-    FieldCursor cursor({bytes ? bytes : "", size}, fieldSeparator, Reading::Tolerant);
-    while (cursor.next()) {
-        if (cursor.field().tag == tag) {
-            std::string_view const value = cursor.field().value;
-            sqlite3_result_text64(context, value.data(), value.size(), SQLITE_TRANSIENT,
-                                  SQLITE_UTF8);
-            return;
-        }
-    }
-    sqlite3_result_null(context);
+// What the log's own statements call.
+bool isOfTheLog(std::string_view name) {
+    return name == "row_sum" || name == "seen";
 }
 
 // With one value they would sum up over all rows, and leave one of them.
@@ -82,7 +68,7 @@ void addFunction(Database const& database, char const* name, int values,
 }
 
 void limit(sqlite3* handle) {
-    constexpr int longestValue = 64 * 1024 * 1024;
+    constexpr int longestValue = 32 * 1024 * 1024;
     sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, longestValue);
     sqlite3_limit(handle, SQLITE_LIMIT_EXPR_DEPTH, 200);
     sqlite3_limit(handle, SQLITE_LIMIT_FUNCTION_ARG, 32);
@@ -120,8 +106,9 @@ struct ExpressionGuard::State {
     }
 
     static int look(void* self) {
-        auto const& state = *static_cast<State*>(self);
-        return state.isRunning && Clock::now() > state.deadline ? 1 : 0;
+        auto& state = *static_cast<State*>(self);
+        state.isTooLarge = sqlite3_memory_used() - state.usedBefore > mostMemory;
+        return state.isTooLarge || state.clock.isOver() ? 1 : 0;
     }
 
     bool allows(int action, char const* first, char const* second) {
@@ -132,7 +119,7 @@ struct ExpressionGuard::State {
             return allowsReading(first, second);
         case SQLITE_FUNCTION:
             culprits = {inSmallLetters(second)};
-            return isFunction(culprits.front()) || culprits.front() == "row_sum";
+            return isFunction(culprits.front()) || isOfTheLog(culprits.front());
         default:
             return false;
         }
@@ -149,9 +136,10 @@ struct ExpressionGuard::State {
     }
 
     Clock::duration const mostTime;
-    Clock::time_point deadline;
+    SearchClock clock;
+    sqlite3_int64 usedBefore = 0;
+    bool isTooLarge = false;
     bool isPreparing = false;
-    bool isRunning = false;
     int selects = 0;
     // The names that the authorizer was asked about last.
     std::vector<std::string> culprits;
@@ -162,7 +150,7 @@ ExpressionGuard::ExpressionGuard(Database& database, Clock::duration mostTime)
     sqlite3* const handle = database_.handle();
     limit(handle);
     defend(handle);
-    addFunction(database_, "tag", 2, tagOf);
+    addBoundedFunctions(database_, state_->clock);
     addFunction(database_, "min", 1, refuseOneValue);
     addFunction(database_, "max", 1, refuseOneValue);
     sqlite3_set_authorizer(handle, State::authorize, state_.get());
@@ -178,6 +166,7 @@ Statement ExpressionGuard::prepare(SqlBuilder const& sql) {
     state_->isPreparing = true;
     state_->selects = 0;
     state_->culprits.clear();
+    state_->usedBefore = sqlite3_memory_used();
     sqlite3_stmt* prepared = nullptr;
     int const code = sqlite3_prepare_v3(database_.handle(), sql.sql().c_str(),
                                         static_cast<int>(sql.sql().size()), 0, &prepared, nullptr);
@@ -194,16 +183,18 @@ Statement ExpressionGuard::prepare(SqlBuilder const& sql) {
 
 bool ExpressionGuard::step(Statement& statement, SqlBuilder const& sql, Clock::duration& spent) {
     Clock::time_point const start = Clock::now();
-    state_->deadline = start + (state_->mostTime - spent);
-    state_->isRunning = true;
+    state_->clock.start(start + (state_->mostTime - spent));
     int const code = sqlite3_step(statement.handle());
-    state_->isRunning = false;
+    state_->clock.stop();
     spent += Clock::now() - start;
     if (code == SQLITE_ROW || code == SQLITE_DONE) {
         return code == SQLITE_ROW;
     }
     std::string const reason = sqlite3_errmsg(database_.handle());
     statement.reset();
+    if ((code & 0xff) == SQLITE_INTERRUPT && state_->isTooLarge) {
+        sql.fail(0, {}, "needs too much memory; shorter values, or no order, would be right");
+    }
     if ((code & 0xff) == SQLITE_INTERRUPT) {
         auto const millis = std::chrono::duration_cast<std::chrono::milliseconds>(state_->mostTime);
         sql.fail(0, {},

@@ -7,8 +7,8 @@ namespace {
 // What expressions see, under the names that they have for it.
 std::string sourceOf(RowSource source) {
     std::string const columns = "id,time,stream,type,seq,CAST(tag(text,49) AS TEXT) AS sender,"
-                                "CAST(tag(text,56) AS TEXT) AS target,CAST(text AS TEXT) AS text,"
-                                "note FROM ";
+                                "CAST(tag(text,56) AS TEXT) AS target,seen(text) AS text,"
+                                "seen(note) AS note FROM ";
     switch (source) {
     case RowSource::Messages:
         return "SELECT " + columns + "messages WHERE length(text)>0 AND " + std::string(shownRows);

@@ -1,6 +1,8 @@
 // Callers' expressions: what they reach, what they are refused, and where their faults are told.
 #include "server/log/LogFixture.h"
 
+#include <sqlite3.h>
+
 #include <thread>
 
 namespace {
@@ -311,6 +313,108 @@ TEST_F(Expressions, AreStoppedWhenTheyTakeTooLong) {
     EXPECT_NE(complained.find("takes too long, it was stopped after 200 ms"), std::string::npos)
         << complained;
     EXPECT_EQ(where("id IN (1, 3) AND type = 'D'"), (Ids{1, 3}));
+}
+
+// Over one message of ten million bytes, each in a single step of the database.
+TEST_F(Expressions, AreStoppedInTheMiddleOfAFunction) {
+    settings_.longestSearch = std::chrono::seconds(1);
+    open();
+    receive("58=" + std::string(10'000'000, 'a') + "|");
+    std::string const copies = [] {
+        std::string text = "0";
+        for (int i = 0; i < 2000; ++i) {
+            text += "+(upper(text)='" + std::to_string(i) + "')";
+        }
+        return text;
+    }();
+    std::string nested = "text";
+    for (int i = 0; i < 38; ++i) {
+        nested = (i % 2 == 0 ? "upper(" : "lower(") + nested + ")";
+    }
+    for (std::string const& hostile : std::vector<std::string>{
+             "text LIKE '" + std::string(40, '%') + "a" +
+                 [] {
+                     std::string text;
+                     for (int i = 0; i < 300; ++i) {
+                         text += "%a_a";
+                     }
+                     return text.substr(0, 900);
+                 }() +
+                 "b'",
+             "text GLOB '*a*a*a*a*a*a*a*a*a*a*a*a*a*a*b'", "trim(text, text) = 'x'",
+             "trim(text, '" + std::string(900, 'b') + "a') = 'x'",
+             "instr(text, substr(text, 5000000) || 'b') > 0",
+             "replace(text, substr(text, 5000000, 1000000) || 'b', 'x') = ''",
+             "replace(replace(replace(text, 'a', 'bb'), 'b', 'cc'), 'c', 'dd') = ''",
+             "hex(hex(hex(text))) = ''", "quote(quote(quote(text))) = ''",
+             "length(printf('%.*c', 1000000000, 'x')) = 1", "length(format('%30000000d', 1)) = 1",
+             "length(printf('%s%s%s%s%s', text, text, text, text, text)) = 1", copies + " > 0",
+             "length(" + nested + ") = 1", "text || text || text || text || text = ''"}) {
+        auto const start = std::chrono::steady_clock::now();
+        complaint(hostile);
+        auto const spent = std::chrono::steady_clock::now() - start;
+        EXPECT_LT(spent, std::chrono::seconds(4)) << hostile.substr(0, 60);
+    }
+}
+
+TEST_F(Expressions, AreRefusedWhenTheirOrderKeepsTooMuch) {
+    {
+        Turn const turn(log());
+        for (int i = 0; i < 22; ++i) {
+            log().append(
+                entry(FixStream::appIn, i,
+                      "35=8|58=" + std::string(10'000'000, 'a') + std::to_string(i) + "|"));
+        }
+        log().commit();
+    }
+    LogTable rows;
+    try {
+        log().readTable(-1, "id", "", "text || text || text", rows);
+        FAIL() << "sorted";
+    } catch (BadExpression const& bad) {
+        EXPECT_NE(std::string(bad.what()).find("memory"), std::string::npos) << bad.what();
+    }
+}
+
+// What SQLite's own functions say, case by case, is what the bounded ones say.
+TEST_F(Expressions, MeanWhatSqliteMeans) {
+    std::vector<std::string> const texts = {
+        "NULL", "''", "'a'", "'abc'",   "'aXbXc'", "'%a_'", "'\u00e4b'", "'  ab '",
+        "'äb'", "12", "1.5", "x'6162'", "'[a]-^'", "'€x€'", "'ABC'",     "'a-c'"};
+    std::vector<std::string> const patterns = {
+        "NULL",     "''",      "'a%'",    "'%b%'", "'_b_'",    "'A__'", "'%'",   "'a*'",   "'?b?'",
+        "'[a-c]*'", "'[^a]*'", "'[]a]*'", "'[a'",  "'*[a-]*'", "'ä_'",  "'?b'",  "'€%'",   "'1_'",
+        "'%a%c%'",  "'*X*X*'", "'X'",     "'ab'",  "' a'",     "'€'",   "x'61'", "'%\\%%'"};
+    sqlite3* plain = nullptr;
+    ASSERT_EQ(sqlite3_open(":memory:", &plain), SQLITE_OK);
+    for (std::string const& text : texts) {
+        for (std::string const& pattern : patterns) {
+            for (std::string const& asked :
+                 {text + " LIKE " + pattern, text + " LIKE " + pattern + " ESCAPE '\\'",
+                  text + " GLOB " + pattern, "instr(" + text + "," + pattern + ")",
+                  "replace(" + text + "," + pattern + ",'yy')",
+                  "trim(" + text + "," + pattern + ")", "ltrim(" + text + "," + pattern + ")",
+                  "rtrim(" + text + "," + pattern + ")", "trim(" + text + ")",
+                  "printf('%s-%5d|%q'," + text + ",7," + pattern + ")"}) {
+                sqlite3_stmt* statement = nullptr;
+                std::string const sql = "SELECT quote(" + asked + ")";
+                ASSERT_EQ(sqlite3_prepare_v2(plain, sql.c_str(), -1, &statement, nullptr),
+                          SQLITE_OK)
+                    << sql;
+                bool const isThere = sqlite3_step(statement) == SQLITE_ROW;
+                std::string const expected =
+                    isThere ? reinterpret_cast<char const*>(sqlite3_column_text(statement, 0)) : "";
+                sqlite3_finalize(statement);
+                std::string literal;
+                for (char const c : expected) {
+                    literal += c == '\'' ? "''" : std::string(1, c);
+                }
+                EXPECT_EQ(where("id = 1 AND quote(" + asked + ") = '" + literal + "'"), Ids{1})
+                    << asked << " is " << expected;
+            }
+        }
+    }
+    sqlite3_close(plain);
 }
 
 TEST_F(Expressions, HaveTheirTimeToThemselvesWhileTheReceiverWorks) {
