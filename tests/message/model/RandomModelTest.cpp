@@ -97,7 +97,7 @@ private:
     std::string withoutMemory(Operation const& operation) {
         for (std::size_t allowed = 0;; allowed += allowed < 30 ? 1 : 40) {
             auto const before = cloneOf(expected_);
-            if (!isRefused(operation, allowed)) {
+            if (!failsWithout(operation, allowed)) {
                 auto const expected = onReference(operation, expected_);
                 return compared({answer_, false}, expected);
             }
@@ -108,7 +108,7 @@ private:
         }
     }
 
-    bool isRefused(Operation const& operation, std::size_t allowed) {
+    bool failsWithout(Operation const& operation, std::size_t allowed) {
         auto& target = operation.target(real_);
         realCalls().start();
         failing_heap::refuseAfter(allowed);
@@ -120,8 +120,9 @@ private:
         }
         bool const isRefused = failing_heap::stop();
         realCalls().stop();
-        EXPECT_EQ(hasThrown, isRefused) << operation.name << " swallows std::bad_alloc";
-        return isRefused;
+        // The pools can do without some of what they are refused.
+        EXPECT_TRUE(isRefused || !hasThrown) << operation.name;
+        return hasThrown;
     }
 
     // The group is as it was; a derived one that was being assigned, or filled by several
