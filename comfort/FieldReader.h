@@ -17,6 +17,7 @@
 #include "message/ZANFieldGroup.h"
 #include "message/ZANMessage.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -80,6 +81,7 @@ public:
     std::vector<FieldReader> group(GroupTag tag) const {
         std::vector<FieldReader> instances;
         int const count = fields_ ? fields_->getGroupCount(tag) : 0;
+        instances.reserve(static_cast<std::size_t>(count));
         for (int index = 0; index < count; ++index) {
             instances.emplace_back(fields_->getGroup(tag, index));
         }

@@ -47,6 +47,28 @@ TEST_F(ListenGuaranteed, MarksAMessageWhenTheFunctionHasReturned) {
     EXPECT_EQ(calls(), Calls{callText("setLastConsumedMessage", std::string("BROKER"), 7, 2)});
 }
 
+TEST_F(ListenGuaranteed, MarksEachMessageInItsStream) {
+    auto const listener = zan::listenGuaranteed([](ZANEvent const&) {});
+    for (int const stream : {3, 0}) {
+        listener->processEvent(make_counted<ZANEvent, ZANAppMessageEvent>(
+            "BROKER", zan::MessageBuilder("8").set(16580, 7).set(16581, stream).build()));
+    }
+    listener->processEvent(make_counted<ZANEvent, ZANAppMessageEvent>(
+        "BROKER", zan::MessageBuilder("8").set(16580, 9).build()));
+    std::string const name = "BROKER";
+    EXPECT_EQ(calls(), (Calls{callText("setLastConsumedMessage", name, 7, 3),
+                              callText("setLastConsumedMessage", name, 7, 0),
+                              callText("setLastConsumedMessage", name, 9, 2)}));
+}
+
+TEST_F(ListenGuaranteed, TellsOfAMessageThatCannotBeMarked) {
+    auto const listener = zan::listenGuaranteed([](ZANEvent const&) {});
+    EXPECT_THROW(listener->processEvent(make_counted<ZANEvent, ZANAppMessageEvent>(
+                     "BROKER", zan::MessageBuilder("8").build())),
+                 InfraException);
+    EXPECT_EQ(calls(), Calls());
+}
+
 TEST_F(ListenGuaranteed, MarksNoMessageOnWhichTheFunctionFails) {
     auto const listener =
         zan::listenGuaranteed([](ZANEvent const&) { throw std::runtime_error("no"); });
