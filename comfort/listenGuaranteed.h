@@ -10,8 +10,6 @@
 #ifndef ZANENGINE_COMFORT_LISTENGUARANTEED_H
 #define ZANENGINE_COMFORT_LISTENGUARANTEED_H
 
-#include "comfort/FieldReader.h"
-#include "comfort/Tag.h"
 #include "comfort/listen.h"
 #include "comfort/make_counted.h"
 #include "events/ZANEvent.h"
@@ -29,22 +27,12 @@ public:
 
     void processEvent(counted_ptr<ZANEvent> event) override {
         ZANGuaranteedEngineMessageListener::processEvent(event);
-        FieldReader const message(*event);
-        // A transport that does not tell the stream delivers what comes in to most listeners.
-        long const stream = message.get(Tag<long>{streamTag}, APP_MSG_FROM_COUNTERPARTY);
-        setLastConsumedMessage(event->getConnectionName(),
-                               static_cast<int>(message.at(Tag<long>{messageIdTag})),
-                               static_cast<MessageTypeIds>(stream));
+        consumed(event);
     }
-
-private:
-    static constexpr int messageIdTag = 16580;
-    static constexpr int streamTag = 16581;
 };
 
-/// A guaranteed listener that calls the function and then marks the message as consumed in its
-/// stream, which tag 16581 tells; without that tag the message counts as one of the application
-/// that came in. When the function throws, the message is not marked. There has to be an engine;
+/// A guaranteed listener that calls the function and then marks the message as `consumed` does.
+/// When the function throws, the message is not marked and comes again. There has to be an engine;
 /// else as for `listen`.
 template <class OnEvent>
 [[nodiscard]] counted_ptr<ZANGuaranteedEngineMessageListener> listenGuaranteed(OnEvent onEvent) {
