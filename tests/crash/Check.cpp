@@ -20,6 +20,23 @@ bool isRepetition(std::string const& message) {
     return fieldOf(message, 43) == "Y";
 }
 
+char const* const postType = "B";
+
+// A note tells of it, or a Logon that asks for it.
+bool isResetOfNumbers(LogRow const& row) {
+    return row.note.find("reset to 1") != std::string::npos ||
+           (row.stream == adminOut && row.type == "A" && row.seq == 1 && row.id > 1);
+}
+
+// Of an order, by the application.
+bool isSentAgain(std::string const& message) {
+    return fieldOf(message, 97) == "Y" && !isRepetition(message);
+}
+
+bool isForListeners(LogRow const& row) {
+    return !row.text.empty() && (row.note.empty() || row.type == postType);
+}
+
 bool isWhole(std::string const& message, std::string const& order) {
     return bodyOf(message) == bodyOf(orderFields(order));
 }
@@ -48,6 +65,12 @@ void Check::indexLog() {
         if (isOrder && !orders_.emplace(name, &row).second) {
             report_.fault("orders twice in the log", row.text);
         }
+        if (row.type == postType && !posts_.emplace(fieldOf(row.text, 148), &row).second) {
+            report_.fault("posts twice in the log", row.text);
+        }
+        if (isResetOfNumbers(row)) {
+            numberingFirst_ = row.id;
+        }
         if (isReport && !reports_.emplace(name, &row).second) {
             report_.fault("reports twice in the log", row.text);
         }
@@ -67,6 +90,7 @@ void Check::afterKill() {
     }
     checkNumbers();
     checkBatches();
+    checkPosts();
     checkWire();
     checkListeners();
 }
@@ -86,8 +110,9 @@ void Check::checkOrder(std::string const& order, long id) {
 void Check::checkNumbers() {
     int expected = 1;
     for (LogRow const& row : evidence_.log) {
-        bool const isNew = (row.stream == adminOut || row.stream == appOut) && row.note.empty() &&
-                           !isRepetition(row.text);
+        bool const isOut = row.stream == adminOut || row.stream == appOut || row.stream == resent;
+        bool const isNew = isOut && row.note.empty() && !isRepetition(row.text);
+        expected = isResetOfNumbers(row) ? 1 : expected;
         if (isNew && row.seq != expected) {
             report_.fault("numbers out of step in the log", std::to_string(row.seq) + " where " +
                                                                 std::to_string(expected) +
@@ -126,9 +151,10 @@ void Check::checkWire() {
         auto const row = orders_.find(fieldOf(message, 11));
         if (row == orders_.end()) {
             report_.fault("orders on the wire that are not in the log", message);
-        } else if (isRepetition(message) && !repeated.contains(message)) {
+        } else if ((isRepetition(message) || isSentAgain(message)) && !repeated.contains(message)) {
             report_.fault("repeated orders on the wire that are not in the log", message);
-        } else if (!isRepetition(message) && row->second->text != message) {
+        } else if (!isRepetition(message) && !isSentAgain(message) &&
+                   row->second->text != message) {
             report_.fault("orders on the wire that the log has otherwise",
                           message + " where the log has " + row->second->text);
         }
@@ -140,7 +166,8 @@ void Check::checkListeners() {
     for (Consumed const& run : evidence_.consumed) {
         for (auto const& event : run.events) {
             auto const row = byId_.find(event.id);
-            if (row == byId_.end() || row->second->stream != event.stream) {
+            bool const isRemoved = row == byId_.end() && mayBeRemoved_.contains(event.id);
+            if (!isRemoved && (row == byId_.end() || row->second->stream != event.stream)) {
                 report_.fault("delivered entries that are not in the log",
                               std::to_string(event.id));
             }
@@ -167,12 +194,54 @@ void Check::checkOrderOfDelivery(Consumed const& run) {
     }
 }
 
+void Check::checkPosts() {
+    for (Acknowledged const& run : evidence_.acknowledged) {
+        for (auto const& post : run.posts) {
+            checkPost(run, post, &post == &run.posts.back());
+        }
+    }
+}
+
+void Check::checkPost(Acknowledged const& run, Acknowledged::One const& post, bool isLast) {
+    auto const row = posts_.find(post.order);
+    if (isToBeRemoved(post.order)) {
+        mayBeRemoved_.insert(post.id);
+    }
+    if (run.removed.contains(post.id)) {
+        if (row != posts_.end()) {
+            report_.fault("deleted entries that are in the log", post.order);
+        }
+    } else if (row == posts_.end()) {
+        // The process may have ended before it could write the deletion down.
+        if (!isLast || !isToBeRemoved(post.order)) {
+            report_.fault("posts that are not in the log", post.order);
+        }
+    } else if (row->second->id != post.id || row->second->stream != appIn) {
+        report_.fault("posts under another id than acknowledged", post.order);
+    } else if (run.edited.contains(post.id) && row->second->note != "edited") {
+        report_.fault("edits that are lost", post.order + " has the note " + row->second->note);
+    }
+}
+
 void Check::atTheEnd() {
     afterKill();
     countOrders();
     countReports();
     countEvents();
+    countDisturbances();
     checkSession();
+}
+
+void Check::countDisturbances() {
+    for (Acknowledged const& run : evidence_.acknowledged) {
+        report_.posts += static_cast<long>(run.posts.size());
+        report_.edits += static_cast<long>(run.edited.size() + run.removed.size());
+    }
+    report_.resets += std::ranges::count_if(evidence_.journal.logons, [](std::string const& logon) {
+        return fieldOf(logon, 141) == "Y";
+    });
+    report_.sentAgain += std::ranges::count_if(evidence_.journal.raw, isSentAgain);
+    report_.logons += static_cast<long>(evidence_.journal.logons.size());
 }
 
 void Check::countOrders() {
@@ -187,7 +256,7 @@ void Check::countOrders() {
         if (!isWhole(row->text, order)) {
             report_.fault("orders with another content", row->text);
         }
-        if (!taken.contains(order)) {
+        if (!taken.contains(order) && row->id > numberingFirst_) {
             report_.fault("orders in the log that the counterparty has not got", row->text);
         }
     }
@@ -214,9 +283,14 @@ void Check::countOrders() {
 }
 
 void Check::countReports() {
+    std::size_t index = 0;
     for (std::string const& message : evidence_.journal.sent) {
         ++report_.reports;
+        bool const isForgotten = index++ < evidence_.journal.forgotten;
         auto const row = reports_.find(fieldOf(message, 17));
+        if (row == reports_.end() && isForgotten) {
+            continue;
+        }
         if (row == reports_.end()) {
             report_.fault("reports that are not in the log", message);
         } else if (row->second->seq != numberOf(message) ||
@@ -240,25 +314,41 @@ void Check::countEvents() {
         }
     }
     for (LogRow const& row : evidence_.log) {
-        bool const isForListeners = row.note.empty() && !row.text.empty();
-        report_.events += isForListeners ? 1 : 0;
-        report_.consumed += isForListeners && consumed.contains(row.id) ? 1 : 0;
-        if (isForListeners && !consumed.contains(row.id)) {
+        bool const isEvent = isForListeners(row);
+        report_.events += isEvent ? 1 : 0;
+        report_.consumed += isEvent && consumed.contains(row.id) ? 1 : 0;
+        if (isEvent && !consumed.contains(row.id)) {
             report_.fault("entries that the listener never got",
                           std::to_string(row.id) + ": " + row.text);
         }
     }
 }
 
+// The Logon of a process that was killed, which the counterparty has read after that of the next
+// one.
+bool Check::isOfDeadLink(std::string const& complaint) const {
+    std::string latest;
+    for (std::string const& logon : evidence_.journal.logons) {
+        std::string const time = fieldOf(logon, 52);
+        std::string const end = "received " + fieldOf(logon, 34);
+        if (time < latest && complaint.ends_with(end)) {
+            return true;
+        }
+        latest = std::max(latest, time);
+    }
+    return false;
+}
+
 void Check::checkSession() {
     for (std::size_t i = 0; i < evidence_.journal.logons.size(); ++i) {
         std::string const& logon = evidence_.journal.logons[i];
-        if (fieldOf(logon, 141) == "Y" || (i > 0 && numberOf(logon) == 1)) {
+        bool const isAnew = fieldOf(logon, 141) == "Y" || (i > 0 && numberOf(logon) == 1);
+        if (isAnew && !evidence_.mayReset) {
             report_.fault("sessions that began anew", logon);
         }
     }
     for (std::string const& event : evidence_.journal.events) {
-        if (event.find("too low") != std::string::npos) {
+        if (event.find("too low") != std::string::npos && !isOfDeadLink(event)) {
             report_.fault("complaints of the counterparty", event);
         }
     }

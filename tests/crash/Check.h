@@ -6,6 +6,7 @@
 #include "crash/Report.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,8 @@ struct Evidence {
     Journal journal;
     std::vector<Acknowledged> acknowledged;
     std::vector<Consumed> consumed;
+    /// The programs reset the numbers.
+    bool mayReset = false;
 };
 
 class Check {
@@ -35,6 +38,8 @@ private:
     void indexLog();
     void checkNumbers();
     void checkBatches();
+    void checkPosts();
+    void checkPost(Acknowledged const& run, Acknowledged::One const& post, bool isLast);
     void checkOrder(std::string const& order, long id);
     void checkWire();
     void checkListeners();
@@ -42,12 +47,17 @@ private:
     void countOrders();
     void countReports();
     void countEvents();
+    void countDisturbances();
     void checkSession();
+    bool isOfDeadLink(std::string const& complaint) const;
 
     Evidence const& evidence_;
     Report& report_;
     Rows orders_;
     Rows reports_;
+    Rows posts_;
+    std::set<long> mayBeRemoved_;
+    long numberingFirst_ = 0; ///< what was sent before it may not have come
     std::map<long, LogRow const*> byId_;
 };
 

@@ -59,6 +59,14 @@ Evidence goodEvidence() {
     return good;
 }
 
+/// A message for the listeners alone, with a note.
+void addPost(Evidence& evidence) {
+    evidence.log.push_back({10, 2, "B", 0, message("B", 0, "148=P-1-0|"), "edited"});
+    evidence.acknowledged[0].posts.push_back({10, "P-1-0"});
+    evidence.acknowledged[0].edited.insert(10);
+    evidence.consumed[0].events.push_back({10, 2, false});
+}
+
 crash::Report reportOn(Evidence const& evidence) {
     crash::Report report;
     crash::Check(evidence, report).atTheEnd();
@@ -73,6 +81,22 @@ TEST(CrashCheck, FindsNothingWhereNothingIsWrong) {
     EXPECT_EQ(report.acknowledgedAtPeer, 6);
     EXPECT_EQ(report.reportsInLog, 2);
     EXPECT_EQ(report.consumed, 9);
+}
+
+TEST(CrashCheck, FindsNothingWrongInPostsEditsAndResets) {
+    Evidence evidence = goodEvidence();
+    addPost(evidence);
+    evidence.mayReset = true;
+    evidence.log.push_back({11, 1, "", 0, "", "sequence numbers reset to 1 by crash"});
+    std::string const logon = message("A", 1, "98=0|141=Y|");
+    evidence.log.push_back({12, 1, "A", 1, logon, ""});
+    evidence.consumed[0].events.push_back({12, 1, false});
+    evidence.journal.logons.push_back(logon);
+    crash::Report const report = reportOn(evidence);
+    EXPECT_TRUE(report.isGood()) << report.table();
+    EXPECT_EQ(report.posts, 1);
+    EXPECT_EQ(report.edits, 1);
+    EXPECT_EQ(report.resets, 1);
 }
 
 struct Damage {
@@ -138,6 +162,31 @@ TEST(CrashCheck, FindsEachFault) {
                     [](Evidence& e) { replace(e.journal.logons[0], "|98=", "|141=Y|98="); }},
              Damage{"complaints of the counterparty",
                     [](Evidence& e) { e.journal.events.push_back("MsgSeqNum too low, ..."); }},
+             Damage{"posts that are not in the log",
+                    [](Evidence& e) {
+                        addPost(e);
+                        e.log.pop_back();
+                    }},
+             Damage{"posts twice in the log",
+                    [](Evidence& e) {
+                        addPost(e);
+                        e.log.push_back(e.log.back());
+                    }},
+             Damage{"posts under another id than acknowledged",
+                    [](Evidence& e) {
+                        addPost(e);
+                        e.acknowledged[0].posts[0].id = 11;
+                    }},
+             Damage{"edits that are lost",
+                    [](Evidence& e) {
+                        addPost(e);
+                        e.log.back().note.clear();
+                    }},
+             Damage{"deleted entries that are in the log",
+                    [](Evidence& e) {
+                        addPost(e);
+                        e.acknowledged[0].removed.insert(10);
+                    }},
              Damage{"messages that were refused",
                     [](Evidence& e) { e.log[0].note = "the sequence number is too low"; }},
          }) {

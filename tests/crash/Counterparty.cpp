@@ -96,6 +96,9 @@ public:
                  FIX::SessionID const& id) throw(FIX::UnsupportedMessageType) override {
         if (message.getHeader().getField(FIX::FIELD::MsgType) != "D")
             return;
+        // What it has already, and says so.
+        if (message.getHeader().isSetField(FIX::FIELD::PossResend))
+            return;
         std::string const order = message.getField(FIX::FIELD::ClOrdID);
         journal_.note("taken", order);
         if (answers_)

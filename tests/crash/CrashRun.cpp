@@ -27,13 +27,15 @@ Plan planOf(int argc, char** argv) {
     return plan;
 }
 
-// Every third round survives a power failure too.
+// Every third round survives a power failure too, and every fourth resets the numbers.
 crash::Report run(Plan const& plan) {
     crash::Report all;
     for (int round = 0; all.kills < plan.kills; ++round) {
         int const kills = std::min(plan.killsARound, plan.kills - static_cast<int>(all.kills));
         char const* const durability = round % 3 == 2 ? "full" : "normal";
-        all.add(crash::Round({kills, durability, plan.seed + static_cast<unsigned>(round)}).run());
+        bool const resets = round % 4 == 3;
+        unsigned const seed = plan.seed + static_cast<unsigned>(round);
+        all.add(crash::Round({kills, durability, seed, resets}).run());
         std::cout << all.kills << " kills, " << all.acknowledged << " orders acknowledged, "
                   << (all.isGood() ? "all well" : "FAULTS") << std::endl;
     }

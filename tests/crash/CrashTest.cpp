@@ -16,10 +16,16 @@ void expectNothingLost(crash::RoundSettings const& settings) {
     EXPECT_GT(report.acknowledged, 0);
     EXPECT_GT(report.reports, 0);
     EXPECT_GT(report.redelivered, 0);
+    EXPECT_GT(report.posts, 0);
+    EXPECT_GT(report.edits, 0);
 }
 
 TEST(Crash, LosesNothingAndDoublesNothing) {
     expectNothingLost({6, "normal", 20261121});
+}
+
+TEST(Crash, LosesNothingWhenNumbersAreReset) {
+    expectNothingLost({5, "normal", 20261123, true});
 }
 
 TEST(Crash, LosesNothingWithFullDurability) {

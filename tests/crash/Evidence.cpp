@@ -72,6 +72,14 @@ Acknowledged readAcknowledged(std::string const& path) {
             Acknowledged::One one{};
             words >> one.id >> one.order;
             all.ones.push_back(one);
+        } else if (kind == "posted") {
+            Acknowledged::One post{};
+            words >> post.id >> post.order;
+            all.posts.push_back(post);
+        } else if (kind == "edited" || kind == "removed") {
+            long id = 0;
+            words >> id;
+            (kind == "edited" ? all.edited : all.removed).insert(id);
         } else {
             all.batches.emplace_back(std::istream_iterator<std::string>(words),
                                      std::istream_iterator<std::string>());
@@ -92,6 +100,28 @@ Consumed readConsumed(std::string const& path) {
     return all;
 }
 
+namespace {
+
+// A Logon with a reset is written down before the counterparty's numbers begin anew, and before it
+// is answered: what it sends in between has an old number, or one that belongs to its answer.
+void forgetAtReset(Journal& journal, std::vector<std::string> const* kind) {
+    std::vector<std::string> const& sent = journal.sent;
+    if (kind == &journal.logons && fieldOf(journal.logons.back(), 141) == "Y") {
+        journal.forgotten = sent.size();
+        journal.isForgetting = true;
+    } else if (kind == &journal.sent && journal.isForgetting) {
+        int const number = numberOf(sent.back());
+        int const before = sent.size() < 2 ? 0 : numberOf(sent[sent.size() - 2]);
+        bool const isBeforeAnswer =
+            number == 1 || (journal.isUnanswered ? number == before + 1 : number > before);
+        journal.isUnanswered = isBeforeAnswer && (number == 1 || journal.isUnanswered);
+        journal.isForgetting = isBeforeAnswer;
+        journal.forgotten = isBeforeAnswer ? sent.size() : journal.forgotten;
+    }
+}
+
+} // namespace
+
 Journal readJournal(std::string const& path) {
     Journal journal;
     std::map<std::string, std::vector<std::string>*> const kinds = {{"raw", &journal.raw},
@@ -105,6 +135,7 @@ Journal readJournal(std::string const& path) {
         auto const kind = kinds.find(line.substr(0, blank));
         if (kind != kinds.end()) {
             kind->second->push_back(line.substr(blank + 1));
+            forgetAtReset(journal, kind->second);
         }
     }
     return journal;

@@ -4,6 +4,8 @@
 #ifndef ZANENGINE_TESTS_CRASH_EVIDENCE_H
 #define ZANENGINE_TESTS_CRASH_EVIDENCE_H
 
+#include <cstddef>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,6 +28,9 @@ struct Acknowledged {
     };
     std::vector<One> ones;
     std::vector<std::vector<std::string>> batches;
+    std::vector<One> posts; ///< `order` is the name
+    std::set<long> edited;
+    std::set<long> removed;
 };
 
 /// What the guaranteed listener wrote down in one run of the program.
@@ -45,6 +50,10 @@ struct Journal {
     std::vector<std::string> raw;
     std::vector<std::string> taken;
     std::vector<std::string> sent;
+    /// How many of these may be lost, because the numbers were reset after them.
+    std::size_t forgotten = 0;
+    bool isForgetting = false;
+    bool isUnanswered = false;
     std::vector<std::string> logons;
     std::vector<std::string> events;
 };

@@ -21,6 +21,19 @@ inline std::string orderFields(std::string const& clientOrderId) {
     return text + "|";
 }
 
+/// What is posted, and what of it is deleted again after it was edited.
+inline std::string postName(std::string const& run, int number) {
+    return "P-" + run + "-" + std::to_string(number);
+}
+
+inline bool isToBeRemoved(int number) {
+    return number % 3 == 2;
+}
+
+inline bool isToBeRemoved(std::string const& postName) {
+    return isToBeRemoved(std::stoi(postName.substr(postName.rfind('-') + 1)));
+}
+
 } // namespace crash
 
 #endif

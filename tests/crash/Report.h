@@ -22,6 +22,11 @@ struct Report {
     long events = 0;      ///< entries of the log that listeners have to get
     long consumed = 0;    ///< of these: the listener got them, at least once
     long redelivered = 0; ///< events that came again
+    long posts = 0;       ///< messages for the listeners alone whose call had returned
+    long edits = 0;       ///< edits and deletions of these whose call had returned
+    long sentAgain = 0;   ///< orders that came to the counterparty as PossResend
+    long logons = 0;      ///< that the counterparty has got
+    long resets = 0;      ///< of these: the numbers began with 1
     long underLog = 0;    ///< looks at the log after a kill
 
     /// What must not be, and how often it was; each with its first cases.

@@ -72,7 +72,8 @@ void Round::sleepUpTo(int millis, int least) {
 
 void Round::kill(bool isEarly) {
     std::string const run = std::to_string(++runs_);
-    ChildProcess program(CRASH_PROGRAM, {"load", url(), folder_, run});
+    ChildProcess program(CRASH_PROGRAM,
+                         {settings_.resets ? "resets" : "load", url(), folder_, run});
     if (isEarly) {
         sleepUpTo(60);
     } else if (program.waitForLine("logged on").empty()) {
@@ -137,6 +138,7 @@ Evidence Round::evidence(std::string const& dataFolder) const {
         found.acknowledged.push_back(readAcknowledged(folder_ + "/acknowledged." + number));
         found.consumed.push_back(readConsumed(folder_ + "/consumed." + number));
     }
+    found.mayReset = settings_.resets;
     found.log = readLog(folder_ + "/sessions.cfg", dataFolder);
     return found;
 }

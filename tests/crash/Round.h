@@ -18,6 +18,8 @@ struct RoundSettings {
     /// `normal` or `full`.
     std::string durability = "normal";
     unsigned seed = 1;
+    /// The programs reset the sequence numbers now and then.
+    bool resets = false;
 };
 
 class Round {
