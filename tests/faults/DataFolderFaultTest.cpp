@@ -139,4 +139,45 @@ TEST_F(DataFolderFaultTest, IsMissedWhenItIsDeleted) {
     ASSERT_TRUE(eventually([&] { return ordersAtCounterparty().size() == before; }));
 }
 
+TEST_F(DataFolderFaultTest, TellsThatAWriteAheadFileIsLostAndGoesOnWithANewOne) {
+    startAndConnect({"--no-reports"});
+    send(10);
+    std::filesystem::remove(logFile() + "-wal");
+    std::string const failure = failureOfSending();
+    EXPECT_NE(failure.find(logFile() + "-wal: the file was moved away or deleted"),
+              std::string::npos)
+        << failure;
+    EXPECT_TRUE(hasStorageError());
+    EXPECT_NE(lastError().find(logFile() + "-wal"), std::string::npos) << lastError();
+    EXPECT_TRUE(eventually([] { return !hasStorageError(); }));
+    send(10);
+    expectAcknowledgedEverywhere();
+}
+
+// With nothing to store.
+TEST_F(DataFolderFaultTest, TellsThatALogIsGoneWhenNothingIsSent) {
+    startAndConnect({"--no-reports"});
+    send(1);
+    std::filesystem::remove(logFile());
+    EXPECT_TRUE(eventually(hasStorageError));
+    EXPECT_NE(lastError().find(logFile() + ": the file was moved away or deleted"),
+              std::string::npos)
+        << lastError();
+}
+
+TEST_F(DataFolderFaultTest, TellsAtTheStartWhatALogHasLost) {
+    startAndConnect({"--no-reports"});
+    send(10);
+    std::string const copy = folder_ + "/copy";
+    std::filesystem::copy(dataFolder(), copy);
+    ZANEngineProxy::uninitialize();
+    std::filesystem::resize_file(copy + "/C.log-wal", 5'000);
+    std::string const failure = failureOf<ZANPersistentStorageException>([&] {
+        ZANEngineProxy::initialize(Url("embedded:" + folder_ + "/sessions.cfg?data=" + copy));
+    });
+    EXPECT_NE(failure.find(copy + "/C.log-wal: can be taken up to byte"), std::string::npos)
+        << failure;
+    EXPECT_FALSE(ZANEngineProxy::isInitialized());
+}
+
 } // namespace
