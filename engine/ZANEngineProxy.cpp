@@ -67,7 +67,7 @@ void ZANEngineProxy::initialize(counted_ptr<IZANEngineConfigProvider> provider,
     if (!adapter) {
         throw ZANAdapterCreationException("Factory created empty adapter");
     }
-    start(std::move(proxy), std::move(adapter));
+    publish(std::move(proxy), std::move(adapter));
 }
 
 void ZANEngineProxy::initialize(Url const& url) {
@@ -84,14 +84,20 @@ void ZANEngineProxy::initialize(Url const& url) {
     if (!adapter) {
         throw ZANAdapterCreationException("dll call returned empty adapter");
     }
-    start(std::move(proxy), std::move(adapter));
+    publish(std::move(proxy), std::move(adapter));
 }
 
-// Nothing here copies the pointer to the proxy once the adapter may deliver events.
-void ZANEngineProxy::start(counted_ptr<ZANEngineProxy> proxy,
-                           counted_ptr<IZANEngineAdapter> adapter) {
-    proxy->setAdapter(std::move(adapter));
+void ZANEngineProxy::start(counted_ptr<ZANEngineProxy> const& proxy,
+                           counted_ptr<IZANEngineAdapter> const& adapter) {
+    proxy->setAdapter(adapter);
     proxy->getAdapter().initialize();
+}
+
+// No pointer is counted any more once the adapter's threads can find the proxy.
+void ZANEngineProxy::publish(counted_ptr<ZANEngineProxy> proxy,
+                             counted_ptr<IZANEngineAdapter> adapter) {
+    start(proxy, adapter);
+    adapter.reset();
     published = proxy.get();
     Instance_ = std::move(proxy);
 }

@@ -227,7 +227,9 @@ private:
 
     struct EndOfProgram;
 
-    static void start(counted_ptr<ZANEngineProxy> proxy, counted_ptr<IZANEngineAdapter> adapter);
+    static void start(counted_ptr<ZANEngineProxy> const& proxy,
+                      counted_ptr<IZANEngineAdapter> const& adapter);
+    static void publish(counted_ptr<ZANEngineProxy> proxy, counted_ptr<IZANEngineAdapter> adapter);
     static void end();
     template <class Call>
     decltype(auto) forward(Call call);

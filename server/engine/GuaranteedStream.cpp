@@ -77,7 +77,7 @@ void GuaranteedStream::catchUp() {
     dueAt_.reset();
 }
 
-std::optional<GuaranteedStream::Failure> GuaranteedStream::failure() const {
+std::optional<StreamFailure> GuaranteedStream::failure() const {
     std::lock_guard const lock(mutex_);
     return failure_;
 }

@@ -19,6 +19,14 @@
 
 namespace zan::server {
 
+/// What a listener failed on, and how often.
+struct StreamFailure {
+    long id = 0;
+    FixStream stream = FixStream::adminIn;
+    int times = 0;
+    std::string reason;
+};
+
 class GuaranteedStream {
 public:
     using Clock = std::chrono::steady_clock;
@@ -27,14 +35,6 @@ public:
     /// long, up to the second.
     static constexpr std::chrono::milliseconds shortestPause{250};
     static constexpr std::chrono::milliseconds longestPause{30'000};
-
-    /// What the listener failed on, and how often.
-    struct Failure {
-        long id = 0;
-        FixStream stream = FixStream::adminIn;
-        int times = 0;
-        std::string reason;
-    };
 
     /// The name is that under which the marks are kept.
     GuaranteedStream(std::string name, std::shared_ptr<MessageFilter> filter);
@@ -78,7 +78,7 @@ public:
 
     // For any thread.
 
-    std::optional<Failure> failure() const;
+    std::optional<StreamFailure> failure() const;
 
     /// Ends the pause.
     void hurry(Clock::time_point now);
@@ -93,7 +93,7 @@ private:
     long shownUpTo_ = 0;
     long lastShown_ = 0;
     mutable std::mutex mutex_;
-    std::optional<Failure> failure_;
+    std::optional<StreamFailure> failure_;
     std::optional<Clock::time_point> dueAt_;
 };
 

@@ -1,5 +1,6 @@
 #include "conformance/FaultAdapter.h"
 
+#include "adapter/ListenerCounts.h"
 #include "conformance/FaultRelay.h"
 #include "engine/ZANEngineProxy.h"
 #include "errors/ZANEngineException.h"
@@ -28,8 +29,9 @@ private:
 
 class ListenerTarget final : public EventTarget {
 public:
-    explicit ListenerTarget(counted_ptr<IZANEventListener> listener)
-        : listener_(std::move(listener)) {}
+    explicit ListenerTarget(counted_ptr<IZANEventListener> const& listener)
+        : listener_(share(listener)) {}
+    ~ListenerTarget() override { letGo(listener_); }
     void take(counted_ptr<ZANEvent> event) override { listener_->processEvent(event); }
     void takeState(counted_ptr<ZANConnectionStateEvent> event) override {
         listener_->processStateEvent(event);
