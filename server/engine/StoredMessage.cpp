@@ -1,13 +1,13 @@
 #include "server/engine/StoredMessage.h"
 
 #include "infra/Time.h"
+#include "server/sessions/SequenceNumbers.h"
 #include "server/wire/FieldText.h"
 #include "server/wire/GroupReader.h"
 #include "server/wire/WireText.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <iterator>
 
 namespace zan::server {
@@ -127,7 +127,7 @@ FixEntry insertedEntry(ZANFieldGroup const& message, ConnectionSettings const& s
     entry.text = wireText(fields, dictionary);
     entry.stream = streamOf(isAdminMessage,
                             valueOf(entry.text, senderTag) == settings.valueOf("SenderCompID"));
-    entry.seq = std::atoi(std::string(valueOf(entry.text, numberTag)).c_str());
+    entry.seq = sequenceNumberIn(std::string(valueOf(entry.text, numberTag)));
     return entry;
 }
 

@@ -52,10 +52,12 @@ void QuickFixSession::takeOne(Incoming& incoming) {
     lastEvent_.clear();
     current_ = &incoming;
     readMessage(incoming.text, id_, check_, incoming_);
-    if (!hasNumber(incoming_)) {
-        endOver(incoming);
+    std::string const badNumber = numberFault(incoming_);
+    if (!badNumber.empty()) {
+        endOver(incoming, badNumber);
         return;
     }
+    boundEnd(incoming_);
     int const expected = store_.current().nextIn;
     int const distance = sequenceNumber(incoming_) - expected;
     if (distance > 0)

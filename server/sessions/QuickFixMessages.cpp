@@ -1,6 +1,7 @@
 #include "server/sessions/QuickFixMessages.h"
 
 #include "server/sessions/FixScanner.h"
+#include "server/sessions/SequenceNumbers.h"
 #include "server/sessions/StandardTags.h"
 
 #include <algorithm>
@@ -23,7 +24,7 @@ int const reasonTag = 0x7ffffffa;
 
 // 0 where there is no number.
 int numberIn(FIX::Message const& message, int tag) {
-    return message.isSetField(tag) ? std::atoi(message.getFieldRef(tag).getString().c_str()) : 0;
+    return message.isSetField(tag) ? sequenceNumberIn(message.getFieldRef(tag).getString()) : 0;
 }
 
 bool isSessionsOwn(int tag) {
@@ -142,6 +143,18 @@ MessageFault completed(FIX::Header& header, FIX::SessionID const& session, Messa
     return fault;
 }
 
+char const* const noNumber = "MsgSeqNum (34) is missing or no number";
+
+bool isBeyond(FIX::Message const& message, int tag) {
+    return message.isSetField(tag) &&
+           sequenceNumberIn(message.getFieldRef(tag).getString()) > largestSequenceNumber;
+}
+
+std::string beyond(std::string const& field) {
+    return field + " is beyond " + std::to_string(largestSequenceNumber) +
+           ", the largest sequence number that is taken here";
+}
+
 } // namespace
 
 void readMessage(std::string const& text, FIX::SessionID const& session, MessageCheck const* check,
@@ -180,12 +193,26 @@ MessageFault faultOf(FIX::Message const& message) {
     return fault;
 }
 
-bool hasNumber(FIX::Message const& message) {
+std::string numberFault(FIX::Message const& message) {
     if (!message.getHeader().isSetField(FIX::FIELD::MsgSeqNum))
-        return false;
+        return noNumber;
     std::string const& digits = message.getHeader().getField(FIX::FIELD::MsgSeqNum);
-    return digits.find_first_not_of("0123456789") == std::string::npos &&
-           std::atoll(digits.substr(0, 18).c_str()) < std::numeric_limits<int>::max();
+    if (digits.find_first_not_of("0123456789") != std::string::npos)
+        return noNumber;
+    std::string const& type = message.getHeader().getField(FIX::FIELD::MsgType);
+    if (sequenceNumber(message) > largestSequenceNumber)
+        return beyond("MsgSeqNum (34)");
+    if (type == FIX::MsgType_SequenceReset && isBeyond(message, FIX::FIELD::NewSeqNo))
+        return beyond("NewSeqNo (36)");
+    if (type == FIX::MsgType_ResendRequest && isBeyond(message, FIX::FIELD::BeginSeqNo))
+        return beyond("BeginSeqNo (7)");
+    return std::string();
+}
+
+void boundEnd(FIX::Message& message) {
+    if (message.getHeader().getField(FIX::FIELD::MsgType) == FIX::MsgType_ResendRequest &&
+        isBeyond(message, FIX::FIELD::EndSeqNo))
+        message.setField(FIX::EndSeqNo(0));
 }
 
 void keepText(std::string const& text, FIX::Message& message) {
@@ -199,7 +226,7 @@ std::string const* keptText(FIX::Message const& message) {
 int sequenceNumber(FIX::Message const& message) {
     FIX::Header const& header = message.getHeader();
     return header.isSetField(FIX::FIELD::MsgSeqNum)
-               ? std::atoi(header.getFieldRef(FIX::FIELD::MsgSeqNum).getString().c_str())
+               ? sequenceNumberIn(header.getFieldRef(FIX::FIELD::MsgSeqNum).getString())
                : 0;
 }
 

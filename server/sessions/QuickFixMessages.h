@@ -25,8 +25,12 @@ void readMessage(std::string const& text, FIX::SessionID const& session, Message
 /// Why the message that `readMessage` has read has to be refused.
 MessageFault faultOf(FIX::Message const& message);
 
-/// Is the sequence number there, and a number?
-bool hasNumber(FIX::Message const& message);
+/// Why the sequence numbers in a message cannot be worked with: its own, and the one that a
+/// SequenceReset sets or from which a ResendRequest asks. Empty: they can.
+std::string numberFault(FIX::Message const& message);
+
+/// A ResendRequest up to a number beyond all asks for everything.
+void boundEnd(FIX::Message& message);
 
 /// Puts the text into the message object, so that it stays with a message that has to wait for the
 /// ones before it; null where no text was put in.

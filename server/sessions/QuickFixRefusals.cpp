@@ -2,8 +2,7 @@
 #include "server/sessions/FixScanner.h"
 #include "server/sessions/QuickFixMessages.h"
 #include "server/sessions/QuickFixSession.h"
-
-#include <cstdlib>
+#include "server/sessions/SequenceNumbers.h"
 
 namespace zan {
 namespace server {
@@ -22,9 +21,8 @@ std::string reasonIn(FIX::Message const& answer) {
 } // namespace
 
 // Without a number a message can be neither taken nor asked for again.
-void QuickFixSession::endOver(Incoming& incoming) {
+void QuickFixSession::endOver(Incoming& incoming, std::string const& reason) {
     current_ = nullptr;
-    std::string const reason = "MsgSeqNum (34) is missing or no number";
     reports_.trouble(FixTrouble::badBytes, reason);
     refuse(std::move(incoming.text), reason);
     if (session_->isLoggedOn())
@@ -85,7 +83,7 @@ void QuickFixSession::refuse(std::string text, std::string const& reason) {
                        ? FixStream::adminIn
                        : FixStream::appIn;
     entry.origin = FixOrigin::remark;
-    entry.seq = std::atoi(fixValue(text, FIX::FIELD::MsgSeqNum).c_str());
+    entry.seq = sequenceNumberIn(fixValue(text, FIX::FIELD::MsgSeqNum));
     entry.text = std::move(text);
     entry.note = "refused: " + reason;
     store_.append(std::move(entry));

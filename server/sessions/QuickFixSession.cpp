@@ -4,6 +4,7 @@
 #include "server/sessions/MemoryStore.h"
 #include "server/sessions/QuickFixMessages.h"
 #include "server/sessions/QuickFixTurn.h"
+#include "server/sessions/SequenceNumbers.h"
 #include "server/sessions/SessionSetup.h"
 
 #include <chrono>
@@ -151,9 +152,9 @@ void QuickFixSession::settle() {
         letOut(entries);
     } else {
         closing_ = true;
-        bool const isStorage = !store_.failure().empty();
-        fail(isStorage ? FixTrouble::storage : FixTrouble::session,
-             isStorage ? store_.failure() : broken_);
+        bool const isStored = store_.failure().empty();
+        fail(isStored || store_.isUsedUp() ? FixTrouble::session : FixTrouble::storage,
+             isStored ? broken_ : store_.failure());
     }
     if (closing_)
         link_.end();
@@ -287,9 +288,10 @@ FixSendResult QuickFixSession::send(std::vector<FixOutgoing> const& messages,
         return FixSendResult::sent;
     }
     ids.clear();
-    bool const isStorage = !store_.failure().empty();
-    fail(isStorage ? FixTrouble::storage : FixTrouble::session,
-         isStorage ? store_.failure() : reason);
+    if (!store_.failure().empty())
+        reason = store_.failure();
+    bool const isStorage = !store_.failure().empty() && !store_.isUsedUp();
+    fail(isStorage ? FixTrouble::storage : FixTrouble::session, reason);
     return FixSendResult::refused;
 }
 
@@ -463,7 +465,7 @@ void QuickFixSession::onOutgoing(std::string const& text) {
         if (own_ != nullptr && own_->resent)
             entry.stream = FixStream::resent;
     } else {
-        entry.seq = std::atoi(fixValue(text, FIX::FIELD::MsgSeqNum).c_str());
+        entry.seq = sequenceNumberIn(fixValue(text, FIX::FIELD::MsgSeqNum));
         entry.text = isAdmin ? text : store_.repetition(entry.seq, text);
         entry.stream = isAdmin ? FixStream::adminOut : FixStream::resent;
         entry.origin = FixOrigin::again;

@@ -131,7 +131,7 @@ private:
 
     void takeOne(Incoming& incoming);
     void takeGarbage(Incoming& incoming);
-    void endOver(Incoming& incoming);
+    void endOver(Incoming& incoming, std::string const& reason);
     void finishRefusal();
     void beginToResend();
     NumberRange nextSlice();

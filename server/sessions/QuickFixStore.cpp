@@ -1,6 +1,7 @@
 #include "server/sessions/QuickFixStore.h"
 
 #include "server/sessions/QuickFixMessages.h"
+#include "server/sessions/SequenceNumbers.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -13,6 +14,7 @@ QuickFixStore::~QuickFixStore() = default;
 void QuickFixStore::begin() {
     numbers_ = store_.numbers();
     isChanged_ = false;
+    isUsedUp_ = false;
     usedNumber_ = false;
     failure_.clear();
     repeated_.clear();
@@ -142,6 +144,13 @@ void QuickFixStore::setNextTargetMsgSeqNum(int number) throw(FIX::IOException) {
 }
 
 void QuickFixStore::incrNextSenderMsgSeqNum() throw(FIX::IOException) {
+    change([this] {
+        isUsedUp_ = numbers_.nextOut > largestSequenceNumber;
+        if (isUsedUp_)
+            throw std::runtime_error("the sequence numbers up to " +
+                                     std::to_string(largestSequenceNumber) +
+                                     " are used up; a reset would be right");
+    });
     setNextSenderMsgSeqNum(numbers_.nextOut + 1);
     usedNumber_ = true;
 }

@@ -34,6 +34,9 @@ public:
     /// Why the transaction has failed; empty while it has not.
     std::string const& failure() const { return failure_; }
 
+    /// Has it failed because there is no further number for a message out?
+    bool isUsedUp() const { return isUsedUp_; }
+
     // Changes that are not QuickFIX's: false when the transaction has failed.
 
     /// Both numbers are 1.
@@ -109,6 +112,7 @@ private:
     FIX::UtcTimeStamp creationTime_;
     bool isChanged_ = false;
     bool isHeld_ = false;
+    bool isUsedUp_ = false;
     bool usedNumber_ = false;
     mutable std::string failure_;
     NumberRange fetched_ = {0, -1};

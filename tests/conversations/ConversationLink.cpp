@@ -113,7 +113,8 @@ void Conversation::send(std::string const& rest) {
     std::string const type = takeWord(fields);
     std::string const message = composed(identity_, number_, type, fields);
     std::string const number = valueOf(message, "34");
-    if (number.find_first_not_of("0123456789") == std::string::npos && !number.empty()) {
+    bool const isCounted = !number.empty() && number.size() < 10;
+    if (isCounted && number.find_first_not_of("0123456789") == std::string::npos) {
         number_ = std::max(number_, std::stoi(number) + 1);
     }
     write({Exchange::Kind::fromPeer, message, true, ""});
