@@ -3,12 +3,16 @@
 #include "apps/zan/AdapterModules.h"
 #include "apps/zan/ExitCodes.h"
 #include "apps/zan/Properties.h"
+#include "apps/zan/SequenceAdvice.h"
 #include "apps/zan/Session.h"
 #include "apps/zan/TcpProbe.h"
+#include "errors/ZANInvalidLogonException.h"
 #include "events/ZANConnectionState.h"
 #include "infra/DynamicMethod.h"
 #include "infra/InfraException.h"
+#include "infra/Time.h"
 #include "infra/Url.h"
+#include "server/sessions/SessionHours.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -31,6 +35,10 @@ std::string withoutValues(Url const& url) {
     }
     return shown;
 }
+
+// Less than this is soon full, and less than that is full already.
+constexpr std::uintmax_t littleSpace = 1024ULL * 1024 * 1024;
+constexpr std::uintmax_t noSpace = 32ULL * 1024 * 1024;
 
 class Doctor {
 public:
@@ -135,6 +143,22 @@ private:
                  (isThere ? folder : parent) + " cannot be written by this user",
                  "change its owner or rights, or name another folder by ?data= in the URL");
         }
+        checkSpace(isThere ? folder : parent);
+    }
+
+    void checkSpace(std::string const& folder) {
+        std::error_code error;
+        std::uintmax_t const space = std::filesystem::space(folder, error).available;
+        if (error) {
+            return;
+        }
+        CheckResult const result = space < noSpace       ? CheckResult::Fault
+                                   : space < littleSpace ? CheckResult::Warning
+                                                         : CheckResult::Good;
+        tell("free space", result, std::to_string(space / (1024 * 1024)) + " MiB in " + folder,
+             result == CheckResult::Good ? ""
+                                         : "make room: every message is kept, and nothing is sent "
+                                           "that cannot be stored");
     }
 
     void checkEngine() {
@@ -157,10 +181,25 @@ private:
             tell(name + " storage", CheckResult::Fault, state->getLastError(),
                  "make room on the disk, or correct the rights of the data folder");
         }
+        checkHours(session, name);
         if (!state->isLinkActive()) {
             checkPort(session, name);
         }
         checkLogon(session, name);
+    }
+
+    void checkHours(Session const& session, std::string const& name) {
+        server::SessionHours const hours(propertiesOf(session, name));
+        std::int64_t const now = infra::Time::now().getMillis();
+        if (!hours.isOpen(now)) {
+            tell(name + " hours", CheckResult::Warning, "it is " + hours.closedText(now),
+                 "wait, \"zan connect --keep\" does; or correct StartTime and EndTime");
+        } else if (hours.endsAt(now) == server::SessionHours::never) {
+            tell(name + " hours", CheckResult::Good, "it goes on from day to day");
+        } else {
+            tell(name + " hours", CheckResult::Good,
+                 "it is open; its numbers begin with 1 at " + server::utcText(hours.endsAt(now)));
+        }
     }
 
     void checkPort(Session const& session, std::string const& name) {
@@ -187,9 +226,17 @@ private:
                 session.connect(name);
                 tell(name + " logon", CheckResult::Good, "the counterparty took it");
             } catch (InfraException const& failure) {
-                tell(name + " logon", CheckResult::Fault, lineOf(failure), adviceFor(failure));
+                std::string const advice = numbersAdvice(failure, name);
+                tell(name + " logon", CheckResult::Fault, lineOf(failure),
+                     advice.empty() ? adviceFor(failure) : advice);
             }
         }
+    }
+
+    static std::string numbersAdvice(InfraException const& failure, std::string const& name) {
+        bool const isTheirs = dynamic_cast<ZANInvalidLogonException const*>(&failure) != nullptr;
+        return sequenceAdvice(failure.getMessage(),
+                              isTheirs ? Refuser::Counterparty : Refuser::Engine, name);
     }
 
     static std::string adviceFor(std::exception const& failure) {

@@ -1,8 +1,10 @@
 // The commands about connections: which there are, how they stand, on and off.
 #include "apps/zan/Command.h"
 #include "apps/zan/ConnectionView.h"
+#include "apps/zan/ExitCodes.h"
 #include "apps/zan/Properties.h"
 #include "apps/zan/Question.h"
+#include "infra/InfraException.h"
 
 #include <iostream>
 
@@ -51,18 +53,23 @@ public:
     void addTo(CLI::App& program) override {
         app_ = &addCommand(program, "connect", "Logs a connection on and shows its state",
                            "With an engine in this program (embedded:) it is logged out again at "
-                           "the end, unless --stay is given.");
-        Options(*app_).onlyConnection(name_).flag(
-            stays_, "--stay", "stay until Ctrl-C, and show the state when it changes");
+                           "the end, unless --stay or --keep is given.");
+        Options(*app_)
+            .onlyConnection(name_)
+            .flag(stays_, "--stay", "stay until Ctrl-C, and show the state when it changes")
+            .flag(keeps_, "--keep", "the same, and try until it is logged on")
+            .number(nextOut_, "--next-out", 1, "set the sequence number of the next message out")
+            .number(nextIn_, "--next-in", 1, "set the sequence number of the next message in")
+            .flag(resets_, "--reset", "let both numbers begin with 1, here and there");
     }
 
     ExitCode run(Context& context) override {
         Session session(context.settings, context.interrupt);
         std::string const name = session.nameOr(name_);
-        session.connect(name);
+        connect(session, name, context);
         context.output.print(stateRecord(session, name));
         context.output.flush();
-        if (stays_) {
+        if (stays_ || keeps_) {
             showStates(session, name, context);
         }
         if (session.isInProcess()) {
@@ -73,6 +80,44 @@ public:
     }
 
 private:
+    counted_ptr<ZANFieldGroup> logonFields() const {
+        counted_ptr<ZANFieldGroup> fields(new ZANFieldGroup("A"));
+        if (nextOut_ > 0) {
+            fields->setFieldValue(34, nextOut_);
+        }
+        if (nextIn_ > 0) {
+            fields->setFieldValue(789, nextIn_);
+        }
+        if (resets_) {
+            fields->setFieldValue(141, "Y");
+        }
+        return fields;
+    }
+
+    // What is told once need not be told with every attempt.
+    void connect(Session& session, std::string const& name, Context& context) const {
+        for (std::string told;;) {
+            try {
+                session.connect(name, logonFields());
+                return;
+            } catch (InfraException const& failure) {
+                if (!keeps_ || exitCodeOf(failure) != ExitCode::CannotConnect) {
+                    throw;
+                }
+                if (told != lineOf(failure)) {
+                    told = lineOf(failure);
+                    std::cerr << "zan: " << told << "; tries on, Ctrl-C ends it" << std::endl;
+                }
+            }
+            context.interrupt.wait(pauseOf(session, name));
+        }
+    }
+
+    static std::chrono::seconds pauseOf(Session const& session, std::string const& name) {
+        std::string const interval = propertyOf(session, name, "ReconnectInterval");
+        return std::chrono::seconds(interval.empty() ? 30 : std::stol(interval));
+    }
+
     [[noreturn]] static void showStates(Session& session, std::string const& name,
                                         Context& context) {
         EventWatch const watch(session, name, context.interrupt);
@@ -89,6 +134,10 @@ private:
 
     std::string name_;
     bool stays_ = false;
+    bool keeps_ = false;
+    bool resets_ = false;
+    long nextOut_ = 0;
+    long nextIn_ = 0;
 };
 
 class DisconnectCommand final : public Command {

@@ -25,12 +25,19 @@ Url urlOf(Settings const& settings) {
     }
 }
 
-// The URL as it is when it says itself whether a data folder is to be made.
-Url makingNothing(Url const& url, std::string const& text) {
-    if (!url.getParameter("create", "").empty()) {
-        return url;
+// An engine in this process does what the command says, nothing by itself. What the URL says itself
+// goes before that.
+Url withDefaults(Url const& url, std::string text, Purpose purpose) {
+    auto const add = [&](std::string const& parameter) {
+        if (url.getParameter(parameter, "").empty()) {
+            text += (text.find('?') == std::string::npos ? "?" : "&") + parameter + "=no";
+        }
+    };
+    add("connect");
+    if (purpose == Purpose::Reads) {
+        add("create");
     }
-    return {text + (text.find('?') == std::string::npos ? "?" : "&") + "create=no"};
+    return {text};
 }
 
 } // namespace
@@ -39,8 +46,7 @@ Session::Session(Settings const& settings, Interrupt& interrupt, Purpose purpose
     : interrupt_(interrupt), ticket_(settings.user, settings.secret) {
     Url const url = urlOf(settings);
     isInProcess_ = url.getProtocol() == "embedded";
-    bool const makesNothing = isInProcess_ && purpose == Purpose::Reads;
-    ZANEngineProxy::initialize(makesNothing ? makingNothing(url, settings.url) : url);
+    ZANEngineProxy::initialize(isInProcess_ ? withDefaults(url, settings.url, purpose) : url);
 }
 
 Session::~Session() {
@@ -83,12 +89,13 @@ std::vector<std::string> Session::namesOr(std::string const& given) const {
     return given.empty() ? names() : std::vector{given};
 }
 
-void Session::connect(std::string const& name) {
+void Session::connect(std::string const& name, counted_ptr<ZANFieldGroup> const& fields) {
     interrupt_.guard(
         [&] {
-            if (!engine().isConnected(ticket_, name)) {
-                engine().connect(ticket_, name);
+            if (engine().isConnected(ticket_, name)) {
+                return;
             }
+            fields ? engine().connect(ticket_, name, fields) : engine().connect(ticket_, name);
         },
         [&] { engine().disconnect(ticket_, name, "interrupted"); });
     interrupt_.check();

@@ -8,6 +8,8 @@
 #include "apps/zan/Settings.h"
 #include "engine/ZANEngineProxy.h"
 #include "infra/UserTicket.h"
+#include "infra/counted_ptr.h"
+#include "message/ZANFieldGroup.h"
 
 #include <string>
 #include <vector>
@@ -47,8 +49,9 @@ public:
     /// The given name, or, for none, all of them.
     std::vector<std::string> namesOr(std::string const& given) const;
 
-    /// Logs the connection on where it is not. An interruption ends the attempt.
-    void connect(std::string const& name);
+    /// Logs the connection on where it is not, with these fields in its Logon, if there are any. An
+    /// interruption ends the attempt.
+    void connect(std::string const& name, counted_ptr<ZANFieldGroup> const& fields = nullptr);
 
 private:
     Interrupt& interrupt_;

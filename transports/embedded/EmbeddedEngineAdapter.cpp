@@ -70,18 +70,27 @@ std::shared_ptr<server::Engine> EmbeddedEngineAdapter::start(std::string const& 
         demo_ = std::make_unique<DemoCounterparty>();
         return server::Engine::make(demo_->connections(), demo_->dataFolder(), sink);
     }
-    std::vector<server::ConnectionSettings> const connections = server::readSessionFile(config);
+    std::vector<server::ConnectionSettings> connections = server::readSessionFile(config);
+    if (!isAllowed("engine.connect")) {
+        for (server::ConnectionSettings& each : connections) {
+            std::erase_if(each.keys, [](auto const& key) { return key.first == "ConnectAtStart"; });
+        }
+    }
     return server::Engine::make(connections, dataFolder(config), sink);
+}
+
+bool EmbeddedEngineAdapter::isAllowed(std::string const& property) const {
+    std::string const value = getConfigProvider().getProperty(property, "yes");
+    if (value != "yes" && value != "no") {
+        throw WrongConfigurationException(property + "=" + value + ": yes or no would be right");
+    }
+    return value == "yes";
 }
 
 std::string EmbeddedEngineAdapter::dataFolder(std::string const& config) {
     std::string const folder = getConfigProvider().getProperty("engine.data", config + ".data");
-    std::string const create = getConfigProvider().getProperty("engine.create", "yes");
-    if (create != "yes" && create != "no") {
-        throw WrongConfigurationException("engine.create=" + create + ": yes or no would be right");
-    }
     std::error_code unknown;
-    if (create == "yes" || std::filesystem::exists(folder, unknown) || unknown) {
+    if (isAllowed("engine.create") || std::filesystem::exists(folder, unknown) || unknown) {
         return folder;
     }
     return nothing_.emplace().path();

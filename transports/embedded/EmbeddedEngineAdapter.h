@@ -105,6 +105,8 @@ public:
 
 private:
     std::shared_ptr<server::Engine> start(std::string const& config);
+    /// A property that is yes, also when it is not there, or no.
+    bool isAllowed(std::string const& property) const;
     std::string dataFolder(std::string const& config);
     void forget();
     std::unique_ptr<server::MetricsEndpoint> openMetrics() const;

@@ -14,7 +14,8 @@ namespace zan::embedded {
 namespace {
 
 // Each is the property `engine.<name>`.
-constexpr std::array<std::string_view, 4> urlParameters = {"client", "create", "data", "metrics"};
+constexpr std::array<std::string_view, 5> urlParameters = {"client", "connect", "create", "data",
+                                                           "metrics"};
 
 // Only its name is told: a value may be a secret.
 void checkParameters(Url const& url) {
@@ -26,7 +27,7 @@ void checkParameters(Url const& url) {
             server::nearestWord(name, {urlParameters.begin(), urlParameters.end()});
         throw WrongConfigurationException(
             "embedded:" + url.getPath() + ": nobody knows the parameter \"" + name + "\"; " +
-            (nearest.empty() ? "client, create, data or metrics" : std::string(nearest)) +
+            (nearest.empty() ? "client, connect, create, data or metrics" : std::string(nearest)) +
             " would be right");
     }
 }

@@ -57,6 +57,58 @@ TEST_F(ConnectionCommands, ShowWhenTheLinkIsLost) {
     EXPECT_EQ(run.wait(), 130);
 }
 
+TEST_F(ConnectionCommands, KeepTryingUntilTheConnectionIsLoggedOn) {
+    useCounterparty();
+    std::string const url = environment_["ZAN_URL"].substr(9);
+    std::ifstream file(url);
+    std::string const text((std::istreambuf_iterator<char>(file)), {});
+    std::size_t const at = text.rfind('=') + 1;
+    std::string const port = text.substr(at, text.size() - at - 1);
+    counterparty_->end(SIGKILL);
+    ProgramRun run(settings({"connect", "C", "--keep"}, 200));
+    ASSERT_TRUE(run.waitFor("tries on")) << run.output() << run.errors();
+    counterparty_.emplace(
+        ZAN_COUNTERPARTY_PROGRAM,
+        std::vector<std::string>{"--sender", "THEM", "--target", "US", "--port", port});
+    ASSERT_TRUE(run.waitFor("logged on")) << run.output() << run.errors();
+    run.sendSignal(SIGINT);
+    EXPECT_EQ(run.wait(), 130);
+    EXPECT_FALSE(counterparty_->waitForLine("|35=5|").empty());
+}
+
+TEST_F(ConnectionCommands, EndAWaitForTheConnectionInOrder) {
+    useCounterparty();
+    counterparty_->end(SIGKILL);
+    ProgramRun run(settings({"connect", "C", "--keep"}, 200));
+    ASSERT_TRUE(run.waitFor("tries on")) << run.errors();
+    run.sendSignal(SIGINT);
+    EXPECT_EQ(run.wait(), 130);
+}
+
+TEST_F(ConnectionCommands, SetSequenceNumbers) {
+    useCounterparty();
+    ASSERT_EQ(zan({"connect", "C"}).code, 0);
+    std::filesystem::remove_all(folder_ + "/sessions.cfg.data");
+    RunResult const refused = zan({"--json", "doctor", "--logon"});
+    EXPECT_NE(refused.output.find("MsgSeqNum too low, expecting 3 but received 1"),
+              std::string::npos)
+        << refused.output;
+    EXPECT_NE(refused.output.find("our numbers are behind of what the counterparty has: zan "
+                                  "connect 'C' --next-out 3; or agree on a reset, then zan "
+                                  "connect 'C' --reset"),
+              std::string::npos)
+        << refused.output;
+    RunResult const run = zan({"connect", "C", "--next-out", "3", "--next-in", "4"});
+    EXPECT_EQ(run.code, 0) << run.errors;
+    EXPECT_NE(zan({"--json", "log", "C", "--columns", "note"})
+                  .output.find("the next sequence number out set to 3 by "),
+              std::string::npos);
+    EXPECT_EQ(zan({"connect", "C", "--reset"}).code, 0);
+    EXPECT_NE(counterparty_->waitForLine("|141=Y|").find("|34=1|"), std::string::npos);
+    EXPECT_EQ(zan({"connect", "C", "--next-out", "0"}).code, 2);
+    EXPECT_EQ(zan({"connect", "C", "--next-out", "2000000001"}).code, 8);
+}
+
 TEST_F(ConnectionCommands, PingACounterparty) {
     useCounterparty();
     RunResult const run = zan({"--json", "ping", "C"});

@@ -69,6 +69,28 @@ TEST_F(Doctor, ShowsNoValuesOfTheUrl) {
     EXPECT_EQ((unknown.output + unknown.errors).find("hush"), std::string::npos);
 }
 
+TEST_F(Doctor, TellsHoursAndFreeSpace) {
+    useCounterparty();
+    RunResult const run = zan({"--json", "doctor"});
+    EXPECT_EQ(resultOf(run, "free space").substr(0, 4), "ok") << run.output;
+    EXPECT_NE(run.output.find("it goes on from day to day"), std::string::npos) << run.output;
+    std::string const file = environment_["ZAN_URL"].substr(9);
+    std::ifstream stream(file);
+    std::string text((std::istreambuf_iterator<char>(stream)), {});
+    std::string const always = "StartTime=00:00:00\nEndTime=00:00:00\n";
+    // One minute in a whole week, four days away from now.
+    std::time_t const then = std::time(nullptr) + 4 * 24 * 3600;
+    char hours[100];
+    std::strftime(hours, sizeof hours,
+                  "StartTime=12:00:00\nEndTime=12:01:00\nStartDay=%A\nEndDay=%A\n",
+                  std::gmtime(&then));
+    write("sessions.cfg", text.replace(text.find(always), always.size(), hours));
+    RunResult const closed = zan({"--json", "doctor", "--logon"});
+    EXPECT_EQ(resultOf(closed, "C hours"), "warning, advised") << closed.output;
+    EXPECT_NE(closed.output.find("it is outside its hours (StartDay="), std::string::npos);
+    EXPECT_EQ(resultOf(closed, "C logon"), "fault, advised") << closed.output;
+}
+
 TEST_F(Doctor, FindsThatTheCounterpartyIsDown) {
     useCounterparty();
     counterparty_->end(SIGKILL);

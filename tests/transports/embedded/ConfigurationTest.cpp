@@ -127,7 +127,8 @@ TEST_F(ConfigurationTest, RefusesAParameterThatNobodyKnows) {
               "embedded:demo: nobody knows the parameter \"Metrics\"; metrics would be right");
     EXPECT_EQ(refusalOf("embedded:" + file + "?colour=red"),
               "embedded:" + file +
-                  ": nobody knows the parameter \"colour\"; client, create, data or metrics would "
+                  ": nobody knows the parameter \"colour\"; client, connect, create, data or "
+                  "metrics would "
                   "be right");
     EXPECT_FALSE(std::filesystem::exists(file + ".data"));
 }

@@ -116,6 +116,16 @@ TEST_F(ConnectTest, GoesOnByItselfFromTheStartWhereTheSessionFileSaysSo) {
     EXPECT_FALSE(isConnected());
 }
 
+TEST_F(ConnectTest, DoesNotBeginByItselfWhereTheUrlSaysSo) {
+    startAcceptor();
+    ZANEngineProxy::initialize(
+        Url("embedded:" + writeSessionFile(sessionText("ConnectAtStart=Y\n")) + "?connect=no"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    EXPECT_FALSE(isConnected());
+    engine().connect(me, "C");
+    EXPECT_TRUE(isConnected());
+}
+
 TEST_F(ConnectTest, GoesOnByItselfAfterAResetWhereTheSessionFileSaysSo) {
     startAcceptor();
     acceptor_.reset();
