@@ -100,9 +100,9 @@ gate_bench() {
     build/default/bin/zan-bench-engine --quick
 }
 
-# Three fuzzers share two cores: a minute of work for each.
+# Five fuzzers share two cores: a minute of work for each.
 gate_fuzz() {
-    bash scripts/fuzz 90
+    bash scripts/fuzz 150
 }
 
 # One run spends half of its time waiting, so there are two.
