@@ -82,6 +82,10 @@ void Round::kill(bool isEarly) {
         sleepUpTo(300, 5);
     }
     program.end(SIGKILL);
+    if (settings_.resets) {
+        // A Logon that is read late must not reset the numbers of the next process.
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    }
     ++report_.kills;
     report_.early += program.lines().empty() ? 1 : 0;
     for (std::string const& line : program.lines()) {
