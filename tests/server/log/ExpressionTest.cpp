@@ -1,7 +1,6 @@
 // Callers' expressions: what they reach, what they are refused, and where their faults are told.
 #include "server/log/LogFixture.h"
-
-#include <sqlite3.h>
+#include "server/log/Sqlite.h"
 
 #include <thread>
 
@@ -385,8 +384,7 @@ TEST_F(Expressions, MeanWhatSqliteMeans) {
         "NULL",     "''",      "'a%'",    "'%b%'", "'_b_'",    "'A__'", "'%'",   "'a*'",   "'?b?'",
         "'[a-c]*'", "'[^a]*'", "'[]a]*'", "'[a'",  "'*[a-]*'", "'ä_'",  "'?b'",  "'€%'",   "'1_'",
         "'%a%c%'",  "'*X*X*'", "'X'",     "'ab'",  "' a'",     "'€'",   "x'61'", "'%\\%%'"};
-    sqlite3* plain = nullptr;
-    ASSERT_EQ(sqlite3_open(":memory:", &plain), SQLITE_OK);
+    Database const plain = Database::inMemory();
     for (std::string const& text : texts) {
         for (std::string const& pattern : patterns) {
             for (std::string const& asked :
@@ -396,15 +394,9 @@ TEST_F(Expressions, MeanWhatSqliteMeans) {
                   "trim(" + text + "," + pattern + ")", "ltrim(" + text + "," + pattern + ")",
                   "rtrim(" + text + "," + pattern + ")", "trim(" + text + ")",
                   "printf('%s-%5d|%q'," + text + ",7," + pattern + ")"}) {
-                sqlite3_stmt* statement = nullptr;
-                std::string const sql = "SELECT quote(" + asked + ")";
-                ASSERT_EQ(sqlite3_prepare_v2(plain, sql.c_str(), -1, &statement, nullptr),
-                          SQLITE_OK)
-                    << sql;
-                bool const isThere = sqlite3_step(statement) == SQLITE_ROW;
-                std::string const expected =
-                    isThere ? reinterpret_cast<char const*>(sqlite3_column_text(statement, 0)) : "";
-                sqlite3_finalize(statement);
+                Statement statement(plain, "SELECT quote(" + asked + ")");
+                ASSERT_TRUE(statement.step());
+                std::string const expected(statement.text(0));
                 std::string literal;
                 for (char const c : expected) {
                     literal += c == '\'' ? "''" : std::string(1, c);
@@ -414,7 +406,6 @@ TEST_F(Expressions, MeanWhatSqliteMeans) {
             }
         }
     }
-    sqlite3_close(plain);
 }
 
 TEST_F(Expressions, HaveTheirTimeToThemselvesWhileTheReceiverWorks) {

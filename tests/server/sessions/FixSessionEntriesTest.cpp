@@ -170,17 +170,16 @@ TEST_P(RefusedMessages, AreRemarksBeforeTheAnswer) {
     EXPECT_EQ(copies, 1u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Reasons, RefusedMessages,
-                         testing::Values(Refused{"BadField", "B", "148|", 0, "appIn",
-                                                 "Invalid tag number", "3"},
-                                         Refused{"BadAdminField", "1", "112=|", 0, "adminIn",
-                                                 "Tag specified without a value (tag 112)", "3"},
-                                         Refused{"NumberTooLow", "B", "148=x|", 1, "appIn",
-                                                 "MsgSeqNum too low, expecting 2 but received 1",
-                                                 "5"},
-                                         Refused{"RepetitionWithoutItsTime", "B", "43=Y|148=x|", 1,
-                                                 "appIn", "Required tag missing (tag 122)", "3"}),
-                         [](auto const& tested) { return tested.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Reasons, RefusedMessages,
+    testing::Values(Refused{"BadField", "B", "148|", 0, "appIn", "Invalid tag number", "3"},
+                    Refused{"BadAdminField", "1", "112=|", 0, "adminIn",
+                            "Tag specified without a value (tag 112)", "3"},
+                    Refused{"NumberTooLow", "B", "148=x|", 1, "appIn",
+                            "MsgSeqNum too low, expecting 2 but received 1", "5"},
+                    Refused{"RepetitionWithoutItsTime", "B", "43=Y|148=x|", 1, "appIn",
+                            "Required tag missing (tag 122)", "3"}),
+    [](auto const& tested) { return tested.param.name; });
 
 TEST(FixSessionStore, GetsAMessageForSomebodyElseAsARemark) {
     StoredPair tested;
