@@ -4,6 +4,7 @@
 #include "QuickFixPeer.h"
 #include "server/wire/GroupReader.h"
 #include "server/wire/WireText.h"
+#include "tests/support/GroupDictionary.h"
 
 #include <benchmark/benchmark.h>
 
@@ -15,16 +16,15 @@ namespace {
 using zan::server::CompiledDictionary;
 
 CompiledDictionary newDictionary() {
-    zan::server::GroupDictionary dictionary;
-    dictionary.beginString = order::beginString;
+    GroupDictionary dictionary;
     for (auto const& group : order::repeating) {
-        zan::server::GroupRule& rule = dictionary.messages[order::msgType][group.countTag];
+        GroupRule& rule = dictionary.messages[order::msgType][group.countTag];
         rule.delimiter = group.fields[0].tag;
         for (auto const& field : group.fields) {
             rule.members.push_back(field.tag);
         }
     }
-    return CompiledDictionary(dictionary);
+    return dictionary.compiled();
 }
 
 CompiledDictionary const& dictionary() {

@@ -20,7 +20,7 @@ namespace {
 using namespace zan::server;
 
 CompiledDictionary dictionaryOf(char const* version) {
-    return CompiledDictionary(parseGroups(std::string(dictionaryFor(version)), version));
+    return compileDictionary(dictionaryFor(version), version);
 }
 
 // Frames do not depend on how the bytes come in.

@@ -12,17 +12,14 @@ namespace {
 // Follows a message into its groups and out of them again.
 class GroupPath {
 public:
-    GroupPath(server::GroupDictionary const& dictionary, std::string const& type)
-        : header_(&dictionary.header) {
-        auto const found = dictionary.messages.find(type);
-        body_ = found == dictionary.messages.end() ? nullptr : &found->second;
-    }
+    GroupPath(server::CompiledDictionary const& dictionary, std::string_view type)
+        : dictionary_(dictionary), top_(dictionary.groupsOf(type).counts) {}
 
     int depth() const { return static_cast<int>(path_.size()); }
 
     /// Leaves the groups that the tag is no member of.
     void stepTo(int tag) {
-        while (!path_.empty() && !isMember(*path_.back(), tag)) {
+        while (!path_.empty() && !path_.back()->members.find(tag)) {
             path_.pop_back();
         }
     }
@@ -31,31 +28,16 @@ public:
 
     /// Enters the group that the tag counts, if it counts one here.
     void enter(int tag) {
-        server::GroupRule const* const rule =
-            path_.empty() ? ruleOf(tag) : find(path_.back()->nested, tag);
-        if (rule) {
-            path_.push_back(rule);
+        auto const* const placed = (path_.empty() ? top_ : path_.back()->members).find(tag);
+        if (placed && placed->group != server::PlacedTag::noGroup) {
+            path_.push_back(&dictionary_.group(*placed));
         }
     }
 
 private:
-    static bool isMember(server::GroupRule const& rule, int tag) {
-        return std::ranges::find(rule.members, tag) != rule.members.end();
-    }
-
-    static server::GroupRule const* find(server::MessageGroups const& groups, int tag) {
-        auto const found = groups.find(tag);
-        return found == groups.end() ? nullptr : &found->second;
-    }
-
-    server::GroupRule const* ruleOf(int tag) const {
-        server::GroupRule const* const ofHeader = find(*header_, tag);
-        return ofHeader || !body_ ? ofHeader : find(*body_, tag);
-    }
-
-    server::MessageGroups const* header_;
-    server::MessageGroups const* body_ = nullptr;
-    std::vector<server::GroupRule const*> path_;
+    server::CompiledDictionary const& dictionary_;
+    server::PlacedTags const& top_;
+    std::vector<server::CompiledGroup const*> path_;
 };
 
 std::string meaningOf(server::FieldNames const& names, int tag, std::string_view value) {
@@ -83,7 +65,7 @@ std::string lineOf(ViewedField const& field, bool isColored) {
 
 std::vector<ViewedField> viewFields(std::string_view message, Dictionary const& dictionary) {
     std::vector<ViewedField> fields;
-    GroupPath path(dictionary.groups, std::string(server::valueOf(message, 35)));
+    GroupPath path(dictionary.compiled, server::valueOf(message, 35));
     server::FieldCursor cursor(message, server::fieldSeparator, server::Reading::Tolerant);
     while (cursor.next()) {
         int const tag = cursor.tag();

@@ -24,10 +24,8 @@ std::string textOf(std::string const& file) {
 
 std::unique_ptr<Dictionary> parse(std::string const& xml, std::string const& name) {
     try {
-        server::GroupDictionary groups = server::parseGroups(xml, name);
-        server::CompiledDictionary compiled(groups);
         return std::make_unique<Dictionary>(
-            Dictionary{server::FieldNames(xml, name), std::move(groups), std::move(compiled)});
+            Dictionary{server::FieldNames(xml, name), server::compileDictionary(xml, name)});
     } catch (std::runtime_error const& failure) {
         throw WrongConfigurationException(failure.what());
     }

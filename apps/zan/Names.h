@@ -5,7 +5,6 @@
 #define ZANENGINE_APPS_ZAN_NAMES_H
 
 #include "server/dictionaries/FieldNames.h"
-#include "server/sessions/GroupDictionary.h"
 #include "server/wire/CompiledDictionary.h"
 
 #include <map>
@@ -16,10 +15,9 @@
 
 namespace zan::cli {
 
-/// One dictionary: the names in it, and the groups, to be looked at and to read messages with.
+/// One dictionary: the names in it, and the groups to read messages with.
 struct Dictionary {
     server::FieldNames names;
-    server::GroupDictionary groups;
     server::CompiledDictionary compiled;
 };
 

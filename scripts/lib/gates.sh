@@ -100,9 +100,9 @@ gate_bench() {
     build/default/bin/zan-bench-engine --quick
 }
 
-# Five fuzzers share two cores: a minute of work for each.
+# Six fuzzers share two cores: a minute of work for each.
 gate_fuzz() {
-    bash scripts/fuzz 150
+    bash scripts/fuzz 180
 }
 
 # One run spends half of its time waiting, so there are two.

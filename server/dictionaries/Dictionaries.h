@@ -10,6 +10,10 @@ namespace zan::server {
 /// is older, that of FIX 4.4 for everything else. Lives as long as the program.
 std::string_view dictionaryFor(std::string_view beginString);
 
+/// The XML text of the dictionary of FIXT.1.1: the header, the trailer and the administrative
+/// messages for application messages of any version. Lives as long as the program.
+std::string_view transportDictionary();
+
 /// What values of fields stand for, one a line: the tag, the value, the name, with a blank between
 /// them. Lives as long as the program.
 std::string_view valueNames();

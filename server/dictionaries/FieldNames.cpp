@@ -1,14 +1,13 @@
 #include "server/dictionaries/FieldNames.h"
 
 #include "server/dictionaries/Dictionaries.h"
+#include "server/dictionaries/XmlElements.h"
 
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <memory>
 #include <stdexcept>
-
-#include <libxml/xmlreader.h>
+#include <utility>
 
 namespace zan::server {
 
@@ -37,25 +36,19 @@ std::string_view takeUpTo(char separator, std::string_view& rest) {
 } // namespace
 
 /// Goes through the elements of a dictionary, whatever they stand in.
-class DictionaryReader {
+class NamesReader {
 public:
-    DictionaryReader(std::string_view xml, std::string const& name)
-        : reader_(xmlReaderForMemory(xml.data(), static_cast<int>(xml.size()), name.c_str(),
-                                     nullptr,
-                                     XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING)) {
-        if (!reader_) {
-            throw std::runtime_error(name + ": no memory to read the dictionary");
-        }
-    }
+    NamesReader(std::string_view xml, FieldNames& names) : xml_(xml), names_(names) {}
 
-    void readInto(FieldNames& names, std::string const& name) {
-        int state = xmlTextReaderRead(reader_.get());
-        for (; state == 1; state = xmlTextReaderRead(reader_.get())) {
-            if (xmlTextReaderNodeType(reader_.get()) == XML_READER_TYPE_ELEMENT) {
-                takeElement(names);
+    void read(std::string const& name) {
+        XmlElements::Step step = xml_.next();
+        for (; step == XmlElements::Step::Begin || step == XmlElements::Step::End;
+             step = xml_.next()) {
+            if (step == XmlElements::Step::Begin) {
+                takeElement();
             }
         }
-        if (state < 0 || names.fields_.empty()) {
+        if (step == XmlElements::Step::Broken || names_.fields_.empty()) {
             throw std::runtime_error(
                 name + ": no dictionary; an XML file with the fields of FIX in the element "
                        "<fields> would be right");
@@ -63,40 +56,27 @@ public:
     }
 
 private:
-    struct FreeReader {
-        void operator()(xmlTextReader* reader) const { xmlFreeTextReader(reader); }
-    };
-
-    void takeElement(FieldNames& names) {
-        std::string const element = text(xmlTextReaderConstName(reader_.get()));
+    void takeElement() {
+        std::string const element = xml_.name();
         if (element == "message") {
-            names.messages_.emplace(attribute("msgtype"), attribute("name"));
-        } else if (element == "field" && !attribute("number").empty()) {
-            field_ = numberIn(attribute("number"));
-            names.fields_.emplace(field_, attribute("name"));
-            names.tags_.emplace(inSmallLetters(attribute("name")), field_);
+            names_.messages_.emplace(xml_.attribute("msgtype"), xml_.attribute("name"));
+        } else if (element == "field" && !xml_.attribute("number").empty()) {
+            field_ = numberIn(xml_.attribute("number"));
+            names_.fields_.emplace(field_, xml_.attribute("name"));
+            names_.tags_.emplace(inSmallLetters(xml_.attribute("name")), field_);
         } else if (element == "value") {
-            names.values_.emplace(std::pair{field_, attribute("enum")}, attribute("description"));
+            names_.values_.emplace(std::pair{field_, xml_.attribute("enum")},
+                                   xml_.attribute("description"));
         }
     }
 
-    static std::string text(xmlChar const* chars) {
-        return chars ? reinterpret_cast<char const*>(chars) : "";
-    }
-
-    std::string attribute(char const* name) {
-        std::unique_ptr<xmlChar, xmlFreeFunc> const value(
-            xmlTextReaderGetAttribute(reader_.get(), reinterpret_cast<xmlChar const*>(name)),
-            xmlFree);
-        return text(value.get());
-    }
-
-    std::unique_ptr<xmlTextReader, FreeReader> reader_;
+    XmlElements xml_;
+    FieldNames& names_;
     int field_ = 0;
 };
 
 FieldNames::FieldNames(std::string_view xml, std::string const& name) {
-    DictionaryReader(xml, name).readInto(*this, name);
+    NamesReader(xml, *this).read(name);
     for (std::string_view rest = valueNames(); !rest.empty();) {
         std::string_view line = takeUpTo('\n', rest);
         int const tag = numberIn(takeUpTo(' ', line));

@@ -43,7 +43,7 @@ private:
     std::map<std::string, std::string, std::less<>> messages_;
     std::map<TagAndValue, std::string> values_;
 
-    friend class DictionaryReader;
+    friend class NamesReader;
 };
 
 } // namespace zan::server

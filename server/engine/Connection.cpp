@@ -35,8 +35,9 @@ std::string numberNote(std::string const& direction, int number, std::string con
 
 Connection::Connection(ConnectionSettings settings, std::string const& dataFolder, EventSink sink,
                        DiagnosticQueue& diagnostics)
-    : settings_(std::move(settings)), dictionary_(loadDictionary(settings_)),
-      hours_(hoursOf(settings_)), sink_(std::move(sink)), diary_(settings_.name, diagnostics),
+    : settings_(std::move(settings)), ownDictionary_(loadDictionary(settings_)),
+      dictionary_(*ownDictionary_), hours_(hoursOf(settings_)), sink_(std::move(sink)),
+      diary_(settings_.name, diagnostics),
       logFile_(logSettings(settings_, dataFolder).file), log_(logSettings(settings_, dataFolder)),
       queue_([this](Delivery const& delivery) { deliver(delivery); }, [this] { setReading(); },
              log_.lastId()),

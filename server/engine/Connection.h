@@ -198,7 +198,8 @@ private:
     void startOver(Subscriber const& subscriber, long lastId);
 
     ConnectionSettings const settings_;
-    CompiledDictionary const dictionary_;
+    std::shared_ptr<CompiledDictionary const> const ownDictionary_;
+    CompiledDictionary const& dictionary_;
     SessionHours const hours_;
     EventSink const sink_;
     ConnectionDiary diary_;

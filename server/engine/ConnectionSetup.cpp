@@ -4,6 +4,7 @@
 #include "server/config/SessionKeys.h"
 #include "server/dictionaries/Dictionaries.h"
 #include "server/wire/Secrets.h"
+#include "server/wire/SharedDictionary.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -22,16 +23,28 @@ std::string line(std::string const& key, std::string const& value, bool isSecret
     return key + "=" + (isSecret ? "***" : value) + "\n";
 }
 
+DictionaryText textOf(std::string const& path, std::string_view builtIn,
+                      std::string const& version) {
+    return path.empty() ? DictionaryText{std::string(builtIn), version}
+                        : DictionaryText{readDictionaryFile(path), path};
+}
+
 } // namespace
 
-GroupDictionary loadDictionary(ConnectionSettings const& settings) {
-    std::string const common = settings.valueOf("DataDictionary");
-    std::string const path = settings.valueOf("AppDataDictionary", common);
+std::shared_ptr<CompiledDictionary const> loadDictionary(ConnectionSettings const& settings) {
     std::string const version = settings.valueOf("BeginString");
+    bool const isFixt = version == "FIXT.1.1";
+    std::string const common = settings.valueOf("DataDictionary");
+    std::string const path = isFixt ? settings.valueOf("AppDataDictionary", common) : common;
     try {
-        return path.empty() ? parseGroups(std::string(dictionaryFor(version)), version)
-                            : loadGroups(path);
-    } catch (std::runtime_error const& e) {
+        DictionaryText const messages = textOf(path, dictionaryFor(version), version);
+        if (!isFixt) {
+            return sharedDictionary(messages, nullptr);
+        }
+        DictionaryText const transport =
+            textOf(settings.valueOf("TransportDataDictionary"), transportDictionary(), version);
+        return sharedDictionary(messages, &transport);
+    } catch (BadDictionary const& e) {
         throw WrongConfigurationException("connection " + settings.name + ": " + e.what());
     }
 }

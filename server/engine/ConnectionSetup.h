@@ -7,16 +7,18 @@
 #include "server/config/SessionFile.h"
 #include "server/log/MessageLog.h"
 #include "server/sessions/FixSession.h"
-#include "server/sessions/GroupDictionary.h"
 #include "server/sessions/SessionHours.h"
+#include "server/wire/CompiledDictionary.h"
 
+#include <memory>
 #include <string>
 
 namespace zan::server {
 
-/// The groups that the connection's messages have: by its own DataDictionary, or by the one that is
-/// built in for its version. Throws `WrongConfigurationException`.
-GroupDictionary loadDictionary(ConnectionSettings const& settings);
+/// What is known of the connection's messages: by its own DataDictionary, or by the one that is
+/// built in for its version; with FIXT.1.1 together with its TransportDataDictionary. Connections
+/// whose dictionaries are the same share one. Throws `WrongConfigurationException`.
+std::shared_ptr<CompiledDictionary const> loadDictionary(ConnectionSettings const& settings);
 
 /// The file of the connection's message log in this folder, and how durable it has to be.
 LogSettings logSettings(ConnectionSettings const& settings, std::string const& dataFolder);

@@ -10,6 +10,8 @@ namespace {
 
 class FixFieldsSink {
 public:
+    explicit FixFieldsSink(CompiledDictionary const& dictionary) : dictionary_(dictionary) {}
+
     bool field(int tag, std::string_view text) {
         if (text.find(fieldSeparator) != std::string_view::npos) {
             refusal::separatorInside(tag);
@@ -23,11 +25,14 @@ public:
         return field(tag, defaultText(value, digits));
     }
 
-    void data(int tag, std::string_view text) { fields_.push_back({tag, std::string(text)}); }
+    void data(int tag, std::string_view text) {
+        fields_.emplace_back(tag, std::string(text), dictionary_.placeOf(tag));
+    }
 
     FixFields take() { return std::move(fields_); }
 
 private:
+    CompiledDictionary const& dictionary_;
     FixFields fields_;
 };
 
@@ -43,7 +48,7 @@ FixFields writeFields(ZANFieldGroup const& message, std::string const& type,
     if (!GroupAccess::isPlain(message)) {
         return writeFields(ZANFieldGroup(message), type, dictionary, isWanted);
     }
-    FixFieldsSink sink;
+    FixFieldsSink sink(dictionary);
     ModelWalk<FixFieldsSink> walk(dictionary, sink);
     walk.setType(type);
     walk.top(message, isWanted);

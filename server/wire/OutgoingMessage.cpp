@@ -52,7 +52,8 @@ OutgoingMessage outgoingFromText(std::string_view text, CompiledDictionary const
     FieldCursor cursor(text, separator, Reading::Strict);
     while (cursor.next()) {
         if (!isSetByEngine(cursor.tag())) {
-            message.body.push_back({cursor.tag(), std::string(cursor.value())});
+            message.body.emplace_back(cursor.tag(), std::string(cursor.value()),
+                                      dictionary.placeOf(cursor.tag()));
         }
     }
     return message;

@@ -252,17 +252,18 @@ void writeMessage(ZANFieldGroup const& message, CompiledDictionary const& dictio
     sink.beginBody();
     sink.field(messageTypeTag, type);
     walk.setType(type);
-    walk.top(message,
-             [](int tag) { return standardPlaceOf(tag) == TagPlace::header && !isFrame(tag); });
+    walk.top(message, [&](int tag) {
+        return dictionary.placeOf(tag) == TagPlace::header && !isFrame(tag);
+    });
     bool isSigned = false;
     walk.top(message, [&](int tag) {
-        TagPlace const place = standardPlaceOf(tag);
+        TagPlace const place = dictionary.placeOf(tag);
         isSigned |= place == TagPlace::trailer;
         return place == TagPlace::body;
     });
     if (isSigned) {
-        walk.top(message, [](int tag) {
-            return standardPlaceOf(tag) == TagPlace::trailer && !isFrame(tag);
+        walk.top(message, [&](int tag) {
+            return dictionary.placeOf(tag) == TagPlace::trailer && !isFrame(tag);
         });
     }
     sink.setBodyLength();

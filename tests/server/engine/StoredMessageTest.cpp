@@ -38,8 +38,7 @@ protected:
         return found ? found->getValue().asString() : std::string();
     }
 
-    CompiledDictionary const dictionary{
-        parseGroups(std::string(dictionaryFor("FIX.4.4")), "FIX.4.4")};
+    CompiledDictionary const dictionary = compileDictionary(dictionaryFor("FIX.4.4"), "FIX.4.4");
     ConnectionSettings const settings{
         "C",
         "",

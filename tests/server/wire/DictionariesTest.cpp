@@ -2,7 +2,6 @@
 #include "server/dictionaries/Dictionaries.h"
 
 #include "message/ZAN.h"
-#include "server/sessions/GroupDictionary.h"
 #include "server/wire/FieldText.h"
 #include "server/wire/GroupReader.h"
 #include "server/wire/OutgoingMessage.h"
@@ -18,9 +17,8 @@ namespace {
 using namespace zan::server;
 
 CompiledDictionary const& dictionary(std::string const& version) {
-    static CompiledDictionary const old(parseGroups(std::string(dictionaryFor("FIX.4.2")), "4.2"));
-    static CompiledDictionary const current(
-        parseGroups(std::string(dictionaryFor("FIX.4.4")), "4.4"));
+    static CompiledDictionary const old = compileDictionary(dictionaryFor("FIX.4.2"), "4.2");
+    static CompiledDictionary const current = compileDictionary(dictionaryFor("FIX.4.4"), "4.4");
     return version == "FIX.4.2" ? old : current;
 }
 

@@ -227,6 +227,19 @@ INSTANTIATE_TEST_SUITE_P(
                  "tag 448 is missing in an instance of group 453, which has to begin with it"}),
     [](auto const& tested) { return std::string(tested.param.name); });
 
+TEST(OutgoingMessage, PutsFieldsWhereTheDictionaryOrTheStandardPutsThem) {
+    GroupDictionary own;
+    own.header[20010] = {20011, {20011, 20012}, {}};
+    CompiledDictionary const dictionary = own.compiled();
+    OutgoingMessage const message = outgoingFromText(
+        "35=D|11=x|20010=1|20011=a|20012=b|90=1|91=s|93=1|89=z|", dictionary);
+    std::string places;
+    for (FixField const& field : message.body) {
+        places += "bht"[static_cast<int>(field.place)];
+    }
+    EXPECT_EQ(places, "bhhhhhtt");
+}
+
 TEST(LogonFields, NeedNoType) {
     ZANFieldGroup fields;
     fields.setFieldValue(553, "user");

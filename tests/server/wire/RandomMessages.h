@@ -3,7 +3,7 @@
 #define ZANENGINE_TESTS_SERVER_WIRE_RANDOMMESSAGES_H
 
 #include "message/ZANFieldGroup.h"
-#include "server/sessions/GroupDictionary.h"
+#include "support/GroupDictionary.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -51,7 +51,6 @@ public:
         chance_.shuffle(unused_);
         chance_.shuffle(pairs_);
         type = chance_.oneOf<std::string>({"D", "8", "UAJ", "r"});
-        groups.beginString = "FIX.4.4";
         groups.messages[type] = someGroups(1);
         groups.header = someGroups(3);
         groups.messages["other"];
@@ -64,21 +63,21 @@ public:
     }
 
     std::string type;
-    zan::server::GroupDictionary groups;
+    GroupDictionary groups;
 
 private:
     static constexpr int deepest = 3;
 
-    zan::server::MessageGroups someGroups(int depth) {
-        zan::server::MessageGroups some;
+    MessageGroups someGroups(int depth) {
+        MessageGroups some;
         for (int count = chance_.between(depth == 1 ? 1 : 0, 2); count > 0; --count) {
             some[newTag()] = rule(depth);
         }
         return some;
     }
 
-    zan::server::GroupRule rule(int depth) {
-        zan::server::GroupRule made;
+    GroupRule rule(int depth) {
+        GroupRule made;
         made.delimiter = newTag();
         for (int count = chance_.between(0, depth == 1 ? 25 : 4); count > 0; --count) {
             made.members.push_back(newTag());
@@ -116,8 +115,7 @@ public:
     }
 
     counted_ptr<ZANFieldGroup> next() {
-        counted_ptr<ZANFieldGroup> message(
-            new ZANFieldGroup(dictionary_.type, dictionary_.groups.beginString));
+        counted_ptr<ZANFieldGroup> message(new ZANFieldGroup(dictionary_.type, "FIX.4.4"));
         for (int const tag : {34, 49, 52, 56, 97, 115}) {
             maybeSet(*message, tag);
         }
@@ -138,13 +136,13 @@ public:
     std::vector<int> const& unknown() const { return unknown_; }
 
 private:
-    static bool isLength(zan::server::GroupRule const& rule, std::size_t index) {
+    static bool isLength(GroupRule const& rule, std::size_t index) {
         return rule.members[index] < 1000 && rule.members[index] >= 348 &&
                index + 1 < rule.members.size() &&
                rule.members[index + 1] == rule.members[index] + 1;
     }
 
-    void addGroups(ZANFieldGroup& parent, zan::server::MessageGroups const& groups) {
+    void addGroups(ZANFieldGroup& parent, MessageGroups const& groups) {
         for (auto const& [countTag, rule] : groups) {
             int const instances = chance_.oneIn(2) ? chance_.between(0, 1) : chance_.between(0, 4);
             if (instances == 0 && chance_.oneIn(3)) {
@@ -156,7 +154,7 @@ private:
         }
     }
 
-    counted_ptr<ZANFieldGroup> instance(int countTag, zan::server::GroupRule const& rule) {
+    counted_ptr<ZANFieldGroup> instance(int countTag, GroupRule const& rule) {
         counted_ptr<ZANFieldGroup> made(new ZANFieldGroup(countTag));
         made->setFieldValue(rule.delimiter, text());
         for (std::size_t i = 1; i < rule.members.size(); ++i) {

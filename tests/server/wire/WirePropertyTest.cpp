@@ -55,7 +55,7 @@ void forRandomMessages(Check check) {
         Chance chance(seed);
         RandomDictionary dictionary(chance);
         RandomMessages messages(chance, dictionary);
-        CompiledDictionary const compiled(dictionary.groups);
+        CompiledDictionary const compiled = dictionary.groups.compiled();
         for (int i = 0; i < messagesEach && !testing::Test::HasFailure(); ++i) {
             SCOPED_TRACE("message " + std::to_string(i));
             check(*messages.next(), compiled, chance, messages);
@@ -153,7 +153,7 @@ TEST(WireProperty, FieldsForASessionAreThoseOfTheText) {
 
 TEST(WireProperty, ADecimalIsWrittenInItsShortestForm) {
     Chance chance(20261121);
-    CompiledDictionary const dictionary(GroupDictionary{"FIX.4.4", {}, {}});
+    CompiledDictionary const dictionary = GroupDictionary().compiled();
     for (int i = 0; i < 100'000; ++i) {
         // Few digits mostly, as prices have, and some doubles as they come.
         int const decimals = chance.between(0, 9);
