@@ -36,8 +36,8 @@ std::string numberNote(std::string const& direction, int number, std::string con
 Connection::Connection(ConnectionSettings settings, std::string const& dataFolder, EventSink sink,
                        DiagnosticQueue& diagnostics)
     : settings_(std::move(settings)), ownDictionary_(loadDictionary(settings_)),
-      dictionary_(*ownDictionary_), hours_(hoursOf(settings_)), sink_(std::move(sink)),
-      diary_(settings_.name, diagnostics),
+      dictionary_(*ownDictionary_), rules_(dictionary_, validationSettings(settings_)),
+      hours_(hoursOf(settings_)), sink_(std::move(sink)), diary_(settings_.name, diagnostics),
       logFile_(logSettings(settings_, dataFolder).file), log_(logSettings(settings_, dataFolder)),
       queue_([this](Delivery const& delivery) { deliver(delivery); }, [this] { setReading(); },
              log_.lastId()),
@@ -52,7 +52,7 @@ Connection::Connection(ConnectionSettings settings, std::string const& dataFolde
           return sendTogether(messages, ids, deadline);
       }) {
     try {
-        session_ = FixSession::initiator(sessionSettings(settings_, log_), *this);
+        session_ = FixSession::initiator(sessionSettings(settings_, log_, rules_), *this);
     } catch (std::runtime_error const& e) {
         throw WrongConfigurationException(described(e.what()));
     }

@@ -23,6 +23,7 @@
 #include "server/log/MessageLog.h"
 #include "server/sessions/FixSession.h"
 #include "server/sessions/SessionHours.h"
+#include "server/wire/MessageRules.h"
 #include "server/wire/OutgoingMessage.h"
 
 #include <array>
@@ -200,6 +201,7 @@ private:
     ConnectionSettings const settings_;
     std::shared_ptr<CompiledDictionary const> const ownDictionary_;
     CompiledDictionary const& dictionary_;
+    MessageRules const rules_;
     SessionHours const hours_;
     EventSink const sink_;
     ConnectionDiary diary_;

@@ -66,12 +66,29 @@ std::string addressOf(ConnectionSettings const& settings) {
     return settings.valueOf("SocketConnectHost") + ":" + settings.valueOf("SocketConnectPort");
 }
 
-FixSessionSettings sessionSettings(ConnectionSettings const& settings, FixSessionStore& store) {
+ValidationSettings validationSettings(ConnectionSettings const& settings) {
+    auto const isSet = [&](std::string_view key, std::string const& otherwise) {
+        return settings.valueOf(key, otherwise) == "Y";
+    };
+    std::string const dictionary = settings.valueOf("UseDataDictionary", "N");
+    ValidationSettings validation;
+    validation.useDictionary = dictionary == "Y";
+    validation.fieldsOutOfOrder = isSet("ValidateFieldsOutOfOrder", dictionary);
+    validation.userDefinedFields = isSet("ValidateUserDefinedFields", "Y");
+    validation.allowUnknownFields = isSet("AllowUnknownMsgFields", "N");
+    validation.version = settings.valueOf("BeginString");
+    return validation;
+}
+
+FixSessionSettings sessionSettings(ConnectionSettings const& settings, FixSessionStore& store,
+                                   MessageCheck const& check) {
     FixSessionSettings session;
     std::ranges::copy_if(settings.keys, std::back_inserter(session.keys), [](auto const& entry) {
         return !isEngineKey(entry.first) && !isReplaced(entry.first);
     });
     session.store = &store;
+    session.check = &check;
+    session.takesEmptyValues = settings.valueOf("ValidateFieldsHaveValues", "Y") == "N";
     return session;
 }
 

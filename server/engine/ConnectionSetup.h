@@ -9,6 +9,7 @@
 #include "server/sessions/FixSession.h"
 #include "server/sessions/SessionHours.h"
 #include "server/wire/CompiledDictionary.h"
+#include "server/wire/MessageRules.h"
 
 #include <memory>
 #include <string>
@@ -29,7 +30,11 @@ SessionHours hoursOf(ConnectionSettings const& settings);
 /// `host:port` of the counterparty.
 std::string addressOf(ConnectionSettings const& settings);
 
-FixSessionSettings sessionSettings(ConnectionSettings const& settings, FixSessionStore& store);
+/// What the connection's messages have to keep to.
+ValidationSettings validationSettings(ConnectionSettings const& settings);
+
+FixSessionSettings sessionSettings(ConnectionSettings const& settings, FixSessionStore& store,
+                                   MessageCheck const& check);
 
 /// One `key=value` a line: the effective settings, then the fields that are added to the Logon.
 /// The values of secrets are shown as `***`.

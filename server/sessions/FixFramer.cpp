@@ -93,12 +93,28 @@ bool FixFramer::parseLength(std::size_t lengthStart, std::size_t lengthEnd,
     return length > 0;
 }
 
+// Where the length that was told leads to no trailer, the first one there is.
+std::size_t FixFramer::trailerFrom(std::size_t bodyStart, std::size_t told) const {
+    if (buffer_[told - 1] == soh && buffer_.compare(told, 3, "10=") == 0)
+        return told;
+    std::size_t const found = buffer_.find("\x01"
+                                           "10=",
+                                           bodyStart - 1);
+    return found == std::string::npos ? told : found + 1;
+}
+
 FixFramer::Result FixFramer::takeFrame(std::size_t bodyStart, std::size_t bodyLength,
                                        std::string& message, std::string& fault) {
-    std::size_t const trailer = bodyStart + bodyLength;
-    std::size_t const end = trailer + trailerLength;
+    std::size_t trailer = bodyStart + bodyLength;
+    std::size_t end = trailer + trailerLength;
     if (buffer_.size() < end)
         return Result::incomplete;
+    if (!isStrict_) {
+        trailer = trailerFrom(bodyStart, trailer);
+        end = trailer + trailerLength;
+        if (buffer_.size() < end)
+            return Result::incomplete;
+    }
     if (buffer_.compare(trailer, 3, "10=") != 0 || buffer_[end - 1] != soh ||
         buffer_[trailer - 1] != soh)
         return dropToNext(begin_ + 2,
@@ -109,7 +125,7 @@ FixFramer::Result FixFramer::takeFrame(std::size_t bodyStart, std::size_t bodyLe
         sum += static_cast<unsigned char>(buffer_[i]);
     char right[4];
     std::snprintf(right, sizeof right, "%03u", sum % 256);
-    if (buffer_.compare(trailer + 3, 3, right) != 0)
+    if (isStrict_ && buffer_.compare(trailer + 3, 3, right) != 0)
         return drop(end - begin_,
                     "CheckSum (10) is " + buffer_.substr(trailer + 3, 3) + " where " + right +
                         " is right",

@@ -24,6 +24,10 @@ public:
     /// Of garbage that is dropped at once, no more than this is handed on.
     static std::size_t const mostShown = 4096;
 
+    /// With false the length and the checksum that a message tells need not be right: it ends with
+    /// the first field that looks like a checksum, where the length leads to none.
+    void setStrict(bool isStrict) { isStrict_ = isStrict; }
+
     void append(char const* bytes, std::size_t count);
 
     /// Takes the next message out; `fault` is set for `garbage` only, `message` is then what was
@@ -40,11 +44,13 @@ private:
                       std::string& fault);
     std::size_t fieldEnd(std::size_t start) const;
     bool parseLength(std::size_t lengthStart, std::size_t lengthEnd, std::size_t& length) const;
+    std::size_t trailerFrom(std::size_t bodyStart, std::size_t told) const;
     Result takeFrame(std::size_t bodyStart, std::size_t bodyLength, std::string& message,
                      std::string& fault);
 
     std::string buffer_;
     std::size_t begin_ = 0;
+    bool isStrict_ = true;
 };
 
 } // namespace server

@@ -85,6 +85,7 @@ struct FixSessionSettings {
     /// Looks at what comes in; not owned, outlives the session. Without one everything whose fields
     /// are fields at all is taken.
     MessageCheck const* check = nullptr;
+    bool takesEmptyValues = false; ///< ValidateFieldsHaveValues=N
     /// Where the numbers and the messages are kept: not owned, outlives the session. Without one
     /// the session keeps them itself, in memory, the newest 10,000 of the messages sent.
     FixSessionStore* store = nullptr;

@@ -44,6 +44,8 @@ void QuickFixSession::take(std::vector<Incoming>& messages) {
 }
 
 void QuickFixSession::takeOne(Incoming& incoming) {
+    if (incoming.fault.empty() && !beginsInOrder(incoming.text))
+        incoming.fault = "the third field is no MsgType (35)";
     if (!incoming.fault.empty()) {
         takeGarbage(incoming);
         return;
@@ -51,7 +53,7 @@ void QuickFixSession::takeOne(Incoming& incoming) {
     garbageInARow_ = 0;
     lastEvent_.clear();
     current_ = &incoming;
-    readMessage(incoming.text, id_, check_, incoming_);
+    readMessage(incoming.text, expected_, incoming_);
     std::string const badNumber = numberFault(incoming_);
     if (!badNumber.empty()) {
         endOver(incoming, badNumber);
@@ -71,7 +73,7 @@ void QuickFixSession::takeOne(Incoming& incoming) {
     if (current_ != nullptr && !(distance < 0 && isPossDup(incoming_)))
         refuse(std::move(incoming.text), lastEvent_);
     current_ = nullptr;
-    if (fault_)
+    if (fault_ || isUnread_)
         finishRefusal();
 }
 

@@ -157,13 +157,14 @@ std::string beyond(std::string const& field) {
 
 } // namespace
 
-void readMessage(std::string const& text, FIX::SessionID const& session, MessageCheck const* check,
-                 FIX::Message& message) {
+void readMessage(std::string const& text, Expectations const& expected, FIX::Message& message) {
     message.clear();
     bool const admin = isAdminText(text);
     MessageFault fault;
     FixScanner scanner(text);
     while (scanner.next()) {
+        if (scanner.fault() == FieldFault::noValue && expected.takesEmptyValues)
+            continue;
         if (scanner.fault() != FieldFault::none)
             fault = fault ? fault : MessageFault{reasonOf(scanner.fault()), scanner.tag()};
         else if (standardPlaceOf(scanner.tag()) == TagPlace::header)
@@ -172,9 +173,9 @@ void readMessage(std::string const& text, FIX::SessionID const& session, Message
                  message.totalFields() < mostAdminFields)
             addOnce(message, scanner.tag(), scanner.value());
     }
-    if (!fault && check != nullptr)
-        fault = check->check(text);
-    fault = completed(message.getHeader(), session, fault);
+    if (!fault && expected.check != nullptr)
+        fault = expected.check->check(text);
+    fault = completed(message.getHeader(), expected.session, fault);
     if (fault) {
         message.setField(FIX::FieldBase(reasonTag, std::to_string(static_cast<int>(fault.reason))));
         message.setField(FIX::FieldBase(faultTag, std::to_string(fault.tag)));
@@ -197,7 +198,7 @@ std::string numberFault(FIX::Message const& message) {
     if (!message.getHeader().isSetField(FIX::FIELD::MsgSeqNum))
         return noNumber;
     std::string const& digits = message.getHeader().getField(FIX::FIELD::MsgSeqNum);
-    if (digits.find_first_not_of("0123456789") != std::string::npos)
+    if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos)
         return noNumber;
     std::string const& type = message.getHeader().getField(FIX::FIELD::MsgType);
     if (sequenceNumber(message) > largestSequenceNumber)
@@ -320,6 +321,11 @@ std::string faultOfLogon(std::string const& logon, FIX::SessionID const& session
                them + " and " + us + " are right";
     return "SendingTime of the Logon is " + fixValue(logon, FIX::FIELD::SendingTime) +
            ", too far from the time here";
+}
+
+bool beginsInOrder(std::string const& text) {
+    std::size_t const type = text.find('\x01', text.find('\x01') + 1) + 1;
+    return text.compare(type, 3, "35=") == 0;
 }
 
 bool isAdminText(std::string const& text) {

@@ -14,13 +14,19 @@
 namespace zan {
 namespace server {
 
+/// What a session expects of a message that comes in.
+struct Expectations {
+    FIX::SessionID session;
+    MessageCheck const* check; ///< not owned; may be null
+    bool takesEmptyValues;
+};
+
 /// Makes of a framed message what a session needs to judge it: the header, and for administrative
 /// messages the body. The body of an application message is only looked at for being fields at
 /// all, and by `check` where there is one: fields that are unknown, repeated or in no group reach
 /// the application unharmed. Fields of the header are taken wherever they stand. Where the names or
 /// the time are missing, what the session expects stands for them, and that is the fault.
-void readMessage(std::string const& text, FIX::SessionID const& session, MessageCheck const* check,
-                 FIX::Message& message);
+void readMessage(std::string const& text, Expectations const& expected, FIX::Message& message);
 
 /// Why the message that `readMessage` has read has to be refused.
 MessageFault faultOf(FIX::Message const& message);
@@ -65,6 +71,9 @@ void makeRequest(NumberRange range, FIX::SessionID const& session, FIX::Message&
 
 /// What is wrong with the header of a Logon that QuickFIX refuses without a reason.
 std::string faultOfLogon(std::string const& logon, FIX::SessionID const& session);
+
+/// Is MsgType the third field of a framed message?
+bool beginsInOrder(std::string const& text);
 
 /// Is a message whose first three fields are in order an administrative one?
 bool isAdminText(std::string const& text);

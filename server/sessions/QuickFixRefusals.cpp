@@ -40,13 +40,14 @@ void QuickFixSession::endOver(Incoming& incoming, std::string const& reason) {
 void QuickFixSession::finishRefusal() {
     bool const isGapFill =
         incoming_.getHeader().getField(FIX::FIELD::MsgType) == FIX::MsgType_SequenceReset;
-    if (!session_->isLoggedOn()) {
+    if (fault_ && !session_->isLoggedOn()) {
         reports_.trouble(FixTrouble::badBytes, describe(fault_));
         closing_ = true;
     } else if (isGapFill && sequenceNumber(incoming_) == store_.current().nextIn) {
         guarded([this] { session_->setNextTargetMsgSeqNum(store_.current().nextIn + 1); });
     }
     fault_ = MessageFault();
+    isUnread_ = false;
 }
 
 // QuickFIX knows one kind of fault that a callback finds; what it says is made right. FIX 4.0
@@ -75,6 +76,7 @@ void QuickFixSession::refuseAsAnswered(FIX::Message const& answer) {
     std::string const reason = reasonIn(answer);
     refuse(std::move(current_->text), reason.empty() ? lastEvent_ : reason);
     current_ = nullptr;
+    isUnread_ = answer.getHeader().getField(FIX::FIELD::MsgType) == FIX::MsgType_Reject;
 }
 
 void QuickFixSession::refuse(std::string text, std::string const& reason) {

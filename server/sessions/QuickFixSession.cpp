@@ -84,7 +84,7 @@ private:
 
 QuickFixSession::QuickFixSession(FixSessionSettings const& settings, bool initiator,
                                  FixSessionEvents& events, SocketLink& link)
-    : link_(link), check_(settings.check),
+    : link_(link), expected_{FIX::SessionID(), settings.check, settings.takesEmptyValues},
       ownLog_(settings.store == nullptr ? new MemoryStore : nullptr),
       log_(settings.store == nullptr ? *ownLog_ : *settings.store), logs_(new Logs(*this)),
       hours_(settings.keys), clock_(clockOr(settings.clock)), events_(events), reports_(events),
@@ -101,6 +101,7 @@ QuickFixSession::~QuickFixSession() = default;
 void QuickFixSession::create(FixSessionSettings const& settings, bool initiator) {
     FIX::Dictionary const keys = makeDictionary(settings, initiator);
     id_ = makeSessionId(keys);
+    expected_.session = id_;
     Turn const turn(*this);
     // Two session objects with one id would share an entry of QuickFIX's table.
     static std::mutex creating;
@@ -434,7 +435,7 @@ void QuickFixSession::accept(FIX::Message const& message, FixStream stream) {
     fault_ = faultOf(message);
     if (fault_) {
         refuse(std::move(entry.text), describe(fault_));
-        if (fault_.reason == RejectReason::unsupportedType)
+        if (fault_.reason == RejectReason::unsupportedType && stream == FixStream::appIn)
             throw FIX::UnsupportedMessageType();
         throw FIX::IncorrectDataFormat(fault_.tag, textOf(fault_.reason));
     }

@@ -4,6 +4,7 @@
 
 #include "server/sessions/FixSession.h"
 #include "server/sessions/GapCount.h"
+#include "server/sessions/QuickFixMessages.h"
 #include "server/sessions/QuickFixStore.h"
 #include "server/sessions/ResendPlan.h"
 #include "server/sessions/SessionHours.h"
@@ -143,7 +144,7 @@ private:
     void refuse(std::string text, std::string const& reason);
 
     SocketLink& link_;
-    MessageCheck const* const check_;
+    Expectations expected_;
     std::unique_ptr<FixSessionStore> const ownLog_;
     FixSessionStore& log_;
     std::atomic<std::thread::id> turnHolder_;
@@ -164,6 +165,7 @@ private:
     FIX::Message slice_;
     MessageFault fault_;               // of the message that is refused right now
     bool hasResent_ = false;           // since the turn began
+    bool isUnread_ = false;            // was rejected before anybody could accept it
     Incoming* current_ = nullptr;      // not yet accepted, refused or put aside
     FixOutgoing const* own_ = nullptr; // what an application sends
     std::vector<long>* ids_ = nullptr; // of what it sent

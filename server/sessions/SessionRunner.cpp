@@ -14,7 +14,9 @@ std::size_t const mostAtOnce = 256;
 SessionRunner::SessionRunner(FixSessionSettings const& settings, bool initiator,
                              FixSessionEvents& events)
     : events_(events), setup_(makeLinkSetup(settings, initiator)),
-      session_(settings, initiator, events, link_), bytes_(64 * 1024) {}
+      session_(settings, initiator, events, link_), bytes_(64 * 1024) {
+    framer_.setStrict(setup_.validatesFrames);
+}
 
 void SessionRunner::requestLogout(std::string const& text) {
     {

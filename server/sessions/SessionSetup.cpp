@@ -101,6 +101,7 @@ LinkSetup makeLinkSetup(FixSessionSettings const& settings, bool initiator) {
     setup.reconnectInterval = std::chrono::seconds(numberOr(keys, "ReconnectInterval", 30));
     setup.logonTimeout = std::chrono::seconds(numberOr(keys, "LogonTimeout", 10));
     setup.logoutTimeout = std::chrono::seconds(numberOr(keys, "LogoutTimeout", 2));
+    setup.validatesFrames = textOr(keys, "ValidateLengthAndChecksum", "Y") != "N";
     return setup;
 }
 

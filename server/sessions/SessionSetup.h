@@ -27,6 +27,7 @@ struct LinkSetup {
     std::chrono::seconds reconnectInterval;
     std::chrono::seconds logonTimeout;
     std::chrono::seconds logoutTimeout;
+    bool validatesFrames; ///< whether lengths and checksums have to be right
 };
 
 /// Throws std::runtime_error naming the key that is missing or bad.

@@ -3,7 +3,9 @@
 #include "events/ZANEngineDefs.h"
 
 #include <algorithm>
+#include <cstring>
 #include <fstream>
+#include <iterator>
 #include <set>
 #include <thread>
 
@@ -39,6 +41,26 @@ Script withUsualSettings(Script script) {
     return script;
 }
 
+// `DataDictionary=orders` is the file beside this one, with the version of the session in it.
+Script withDictionary(Script script, std::string const& folder) {
+    auto const dictionary = script.settings.find("DataDictionary");
+    if (dictionary == script.settings.end() || dictionary->second != "orders") {
+        return script;
+    }
+    std::ifstream input(std::string(CONVERSATIONS) + "/orders.xml");
+    std::string xml{std::istreambuf_iterator<char>(input), {}};
+    std::string const version = script.settings.at("BeginString");
+    bool const isFixt = version == "FIXT.1.1";
+    for (auto const& [mark, value] : {std::pair{"@type@", std::string("FIX")},
+                                      {"@major@", isFixt ? "5" : version.substr(4, 1)},
+                                      {"@minor@", isFixt ? "0" : version.substr(6, 1)}}) {
+        xml.replace(xml.find(mark), std::strlen(mark), value);
+    }
+    dictionary->second = folder + "/orders.xml";
+    std::ofstream(dictionary->second) << xml;
+    return script;
+}
+
 std::map<std::string, long> const& flagNames() {
     static std::map<std::string, long> const names = {
         {"LINK_ACTIVE", FLAG_LINK_ACTIVE}, {"SESSION_ACTIVE", FLAG_SESSION_ACTIVE},
@@ -67,9 +89,9 @@ std::string messageOf(SeenEvent const& event) {
 } // namespace
 
 Conversation::Conversation(Script script, std::string const& folder)
-    : script_(withUsualSettings(std::move(script))), identity_{script_.settings.at("BeginString"),
-                                                               script_.settings.at("TargetCompID"),
-                                                               script_.settings.at("SenderCompID")},
+    : script_(withDictionary(withUsualSettings(std::move(script)), folder)),
+      identity_{script_.settings.at("BeginString"), script_.settings.at("TargetCompID"),
+                script_.settings.at("SenderCompID")},
       application_(std::make_unique<Application>(
           pathOfSessionFile(script_.settings, folder, peer_.port()))) {}
 
@@ -98,6 +120,7 @@ std::map<std::string, Conversation::Verb> const& Conversation::verbs() {
                                                       {"close", &C::close},
                                                       {"cut", &C::cut},
                                                       {"not-logged", &C::notLogged},
+                                                      {"rejected", &C::expectReject},
                                                       {"refused", &C::refused},
                                                       {"noted", &C::noted}};
     return verbs;

@@ -53,6 +53,7 @@ private:
     void accept(std::string const& rest);
     void logOn(std::string const& rest);
     void expect(std::string const& rest);
+    void expectReject(std::string const& rest);
     void expectRun(std::string const& rest);
     void expectNothing(std::string const& rest);
     void expectLinkClosed(std::string const& rest);

@@ -26,7 +26,9 @@ void Conversation::logOn(std::string const& rest) {
     begin("connect");
     accept("");
     expect("A");
-    send("A 98=0|108=" + script_.settings.at("HeartBtInt") + (rest.empty() ? "" : "|") + rest);
+    std::string const version = valueOf(lastReceived_, "1137");
+    send("A 98=0|108=" + script_.settings.at("HeartBtInt") + (rest.empty() ? "" : "|") + rest +
+         (version.empty() ? "" : "|1137=" + version));
     expectOutcome("");
 }
 
@@ -70,6 +72,28 @@ void Conversation::expect(std::string const& rest) {
     if (!fault.empty()) {
         throw Unexpected(fault + " in " + readable(lastReceived_));
     }
+}
+
+// A Reject as each version tells it: number, reason and tag of the message, then the words.
+void Conversation::expectReject(std::string const& rest) {
+    std::string text = rest;
+    std::string const number = takeWord(text);
+    std::string const reason = takeWord(text);
+    std::string const tag = takeWord(text);
+    std::string const& version = script_.settings.at("BeginString");
+    if (reason == "unsupported") {
+        expect((version < "FIX.4.2" ? "3 45=" : "j 380=3|372=*|45=") + number + "|58~" + text);
+        return;
+    }
+    std::string wanted = "3 45=" + number + "|58~" + text;
+    if (version < "FIX.4.2") {
+        wanted += (tag == "-" ? "" : " (" + tag + ")") + "|!371|!372|!373";
+    } else {
+        wanted += tag == "-" ? "|!371" : "|371=" + tag;
+        bool const isTold = version > "FIX.4.2" || std::stoi(reason) <= 11;
+        wanted += "|372=*|" + (isTold ? "373=" + reason : "!373");
+    }
+    expect(wanted);
 }
 
 void Conversation::expectRun(std::string const& rest) {

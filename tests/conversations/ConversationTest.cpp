@@ -14,7 +14,27 @@ std::vector<std::string> const files = {
 #include "conversations.inc"
 };
 
-class ConversationTest : public testing::TestWithParam<std::string> {
+struct Played {
+    std::string file;
+    std::string version; ///< of a file that is played with every version
+};
+
+std::vector<Played> allPlayed() {
+    std::vector<Played> all;
+    for (std::string const& file : files) {
+        if (!file.starts_with("every_version/")) {
+            all.push_back({file, ""});
+            continue;
+        }
+        for (char const* version : {"FIX.4.0", "FIX.4.1", "FIX.4.2", "FIX.4.3", "FIX.4.4",
+                                    "FIX.5.0", "FIX.5.0SP1", "FIX.5.0SP2"}) {
+            all.push_back({file, version});
+        }
+    }
+    return all;
+}
+
+class ConversationTest : public testing::TestWithParam<Played> {
 protected:
     void SetUp() override {
         std::string pattern =
@@ -27,8 +47,9 @@ protected:
 };
 
 TEST_P(ConversationTest, Goes) {
-    std::string const path = std::string(CONVERSATIONS) + "/" + GetParam();
-    conversations::Conversation conversation(conversations::readScript(path), folder_);
+    std::string const path = std::string(CONVERSATIONS) + "/" + GetParam().file;
+    conversations::Conversation conversation(conversations::readScript(path, GetParam().version),
+                                             folder_);
     try {
         conversation.run();
     } catch (std::exception const& e) {
@@ -37,13 +58,15 @@ TEST_P(ConversationTest, Goes) {
     }
 }
 
-std::string nameOf(testing::TestParamInfo<std::string> const& info) {
-    std::string name = info.param.substr(0, info.param.rfind('.'));
+std::string nameOf(testing::TestParamInfo<Played> const& info) {
+    std::string const& file = info.param.file;
+    std::string name = file.substr(0, file.rfind('.'));
+    name += info.param.version.empty() ? "" : "_" + info.param.version;
     std::ranges::replace_if(
         name, [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
     return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Conversation, ConversationTest, testing::ValuesIn(files), nameOf);
+INSTANTIATE_TEST_SUITE_P(Conversation, ConversationTest, testing::ValuesIn(allPlayed()), nameOf);
 
 } // namespace

@@ -36,8 +36,9 @@ struct Script {
     std::vector<Step> steps;
 };
 
-/// Throws std::runtime_error for a file that cannot be read.
-Script readScript(std::string const& path);
+/// With a version, such as `FIX.5.0SP2`, for that one. Throws std::runtime_error for a file that
+/// cannot be read.
+Script readScript(std::string const& path, std::string const& version);
 
 } // namespace conversations
 
