@@ -1,9 +1,10 @@
 // Any bytes as a data dictionary: it is refused with a text, or compiled within its limits, and
-// then every message can be read by it.
+// then every message can be read and checked by it.
 #include "Demand.h"
 #include "server/dictionaries/Dictionaries.h"
 #include "server/wire/CompiledDictionary.h"
 #include "server/wire/GroupReader.h"
+#include "server/wire/MessageRules.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -24,6 +25,9 @@ void use(CompiledDictionary const& dictionary) {
     }
     demand(static_cast<bool>(readMessage(wired, fieldSeparator, Reading::Tolerant, dictionary)),
            "every text has a model");
+    ValidationSettings settings;
+    settings.useDictionary = settings.fieldsOutOfOrder = true;
+    MessageRules(dictionary, settings).check(wired);
 }
 
 } // namespace

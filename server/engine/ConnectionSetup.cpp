@@ -76,6 +76,7 @@ ValidationSettings validationSettings(ConnectionSettings const& settings) {
     validation.fieldsOutOfOrder = isSet("ValidateFieldsOutOfOrder", dictionary);
     validation.userDefinedFields = isSet("ValidateUserDefinedFields", "Y");
     validation.allowUnknownFields = isSet("AllowUnknownMsgFields", "N");
+    validation.applicationVersion = settings.valueOf("DefaultApplVerID");
     validation.version = settings.valueOf("BeginString");
     return validation;
 }

@@ -41,8 +41,9 @@ std::vector<int> requiredOf(Places const& places) {
 } // namespace
 
 void DictionaryCompiler::fail(int line, std::string const& element, std::string const& what) const {
-    throw BadDictionary("cannot read the data dictionary " + source_->file + ":" +
-                        std::to_string(line) + ": " + element + ": " + what);
+    throw BadDictionary("cannot read the data dictionary " + source_->file +
+                        (line > 0 ? ":" + std::to_string(line) : "") + ": " + element + ": " +
+                        what);
 }
 
 void DictionaryCompiler::spend(std::size_t places, int line, std::string const& element) {

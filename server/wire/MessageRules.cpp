@@ -14,7 +14,7 @@ namespace zan::server {
 namespace {
 
 constexpr int firstUserTag = 5000;
-constexpr int checkSumTag = 10;
+constexpr int applicationVersionTag = 1128;
 
 MessageFault fault(RejectReason reason, int tag) {
     return {reason, tag};
@@ -205,6 +205,10 @@ MessageFault MessageRules::check(std::string const& message) const {
     RuleWalk walk(message, dictionary_, settings_);
     if (!settings_.useDictionary) {
         return settings_.fieldsOutOfOrder ? walk.walkOrder() : MessageFault();
+    }
+    std::string_view const version = valueOf(message, applicationVersionTag);
+    if (!version.empty() && version != settings_.applicationVersion) {
+        return {};
     }
     std::string_view const type = valueOf(message, messageTypeTag);
     if (TypeGroups const* const known = dictionary_.find(type)) {

@@ -18,6 +18,8 @@ struct ValidationSettings {
     bool fieldsOutOfOrder = false;   ///< ValidateFieldsOutOfOrder
     bool userDefinedFields = true;   ///< ValidateUserDefinedFields
     bool allowUnknownFields = false; ///< AllowUnknownMsgFields
+    /// DefaultApplVerID; messages that tell another one are not checked. Empty without FIXT.1.1.
+    std::string applicationVersion;
     std::string version = "FIX.4.4"; ///< whose message types the standard knows
 };
 
