@@ -213,7 +213,7 @@ void AheadFile::accept() {
 
 bool AheadFile::undo() {
     if (isTouched_) {
-        bool const mustLast = std::exchange(hasCommit_, false);
+        bool const mustLast = hasCommit_.exchange(false);
         isTouched_ = false;
         if (!cutOff() || (mustLast && fdatasync(file_) != 0)) {
             isUnsettled_ = true;

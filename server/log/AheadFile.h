@@ -108,7 +108,8 @@ private:
     FrameHead last_;           ///< of what counts
     FrameHead seen_;           ///< that was the last one when somebody looked
     bool isTouched_ = false;   ///< written since it was accepted or cut off
-    bool hasCommit_ = false;   ///< there is a whole commit in what was written since
+    /// There is a whole commit in what was written since; also asked by who syncs for a checkpoint.
+    std::atomic<bool> hasCommit_ = false;
     std::atomic<bool> isUnsettled_ = false;
     std::function<bool()> isSound_;
     std::function<bool()> mayRestart_;
