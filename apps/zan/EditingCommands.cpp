@@ -24,6 +24,11 @@ public:
             .required();
         delete_ = &addCommand(*app_, "delete", "Removes entries");
         addWhich(*delete_);
+        undo_ = &addCommand(*app_, "undo", "Takes edits back",
+                            "Each entry becomes what it was before the oldest of the edits. The "
+                            "expression is about the audit: edited, user and action beside the "
+                            "columns of log.");
+        addWhich(*undo_);
         insert_ = &addCommand(*app_, "insert", "Puts messages in; listeners do not get them");
         Options(*insert_)
             .connection(name_)
@@ -40,6 +45,7 @@ public:
         where_ = withTagNumbers(where_, context.names);
         long const count = isGiven(*update_)   ? update(session, stream, context)
                            : isGiven(*delete_) ? remove(session, stream, context)
+                           : isGiven(*undo_)   ? undo(session, stream, context)
                                                : insert(session, context);
         context.output.print({{"name", name_}, {"entries", static_cast<long long>(count)}});
         return ExitCode::Ok;
@@ -52,13 +58,14 @@ private:
     }
 
     // Asks with the number of entries that the edit would touch now.
-    bool isWanted(Session& session, long stream, std::string const& what, Context& context) const {
+    bool isWanted(Session& session, long stream, std::string const& what, Context& context,
+                  char const* columns = "id") const {
         if (isSure_) {
             return true;
         }
         std::vector<std::vector<std::string>> table;
-        session.engine().retrieveMessageLogData(session.ticket(), name_, stream, "id", where_, "id",
-                                                table);
+        session.engine().retrieveMessageLogData(session.ticket(), name_, stream, columns, where_,
+                                                "id", table);
         std::size_t const count = table.empty() ? 0 : table.size() - 1;
         if (count > 0) {
             ask(what + " " + std::to_string(count) + (count == 1 ? " entry" : " entries") +
@@ -81,6 +88,14 @@ private:
                    : 0;
     }
 
+    long undo(Session& session, long stream, Context& context) const {
+        return isWanted(session, stream, "Take back the edits that the audit tells in", context,
+                        "action")
+                   ? session.engine().updateMessageLogData(session.ticket(), name_, stream, "undo",
+                                                           where_)
+                   : 0;
+    }
+
     long insert(Session& session, Context& context) const {
         Dictionary const& dictionary = context.names.of(propertyOf(session, name_, "BeginString"));
         MessageInput input(messages_, "-", context.interrupt);
@@ -98,6 +113,7 @@ private:
 
     CLI::App* update_ = nullptr;
     CLI::App* delete_ = nullptr;
+    CLI::App* undo_ = nullptr;
     CLI::App* insert_ = nullptr;
     std::string name_;
     std::string stream_ = "all";

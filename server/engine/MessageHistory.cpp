@@ -98,7 +98,10 @@ std::vector<FixOutgoing> MessageHistory::toResend(infra::Time const& from, infra
 
 long MessageHistory::update(long stream, std::string const& assignments, std::string const& where,
                             std::string const& user) {
-    return guarded([&] { return log_.update(checked(stream), assignments, where, user); });
+    return guarded([&] {
+        return assignments == "undo" ? log_.undo(checked(stream), where, user)
+                                     : log_.update(checked(stream), assignments, where, user);
+    });
 }
 
 long MessageHistory::remove(long stream, std::string const& where, std::string const& user) {

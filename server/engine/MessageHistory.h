@@ -46,7 +46,8 @@ public:
     std::vector<FixOutgoing> toResend(infra::Time const& from, infra::Time const& to,
                                       std::string const& filter) const;
 
-    // Edits; they return how many entries they touched.
+    // Edits; they return how many entries they touched. The assignments `undo` take back what the
+    // audit tells, of which `where` is true.
 
     long update(long stream, std::string const& assignments, std::string const& where,
                 std::string const& user);

@@ -16,6 +16,25 @@ std::int64_t newestEntry(Database const& database) {
     return newest.number(0);
 }
 
+constexpr char const* auditByEntry =
+    "SELECT edited,user,action,id,time,stream,seq,text,note,checksum=row_sum(entry,edited,user,"
+    "action,id,time,stream,type,seq,text,note) FROM audit WHERE entry=?1";
+
+FixEntry readAudited(Database const& database, Statement& audit, long entry) {
+    if (!audit.step() || audit.number(9) != 1) {
+        database.failWith("the entry " + std::to_string(entry) +
+                          " of the audit is damaged: its checksum does not fit what it holds");
+    }
+    FixEntry then;
+    then.id = static_cast<long>(audit.number(3));
+    then.millis = millisOf(std::string(audit.bytes(4)));
+    then.stream = static_cast<FixStream>(audit.number(5));
+    then.seq = static_cast<int>(audit.number(6));
+    then.text = audit.bytes(7);
+    then.note = audit.bytes(8);
+    return then;
+}
+
 } // namespace
 
 TableRow tableRowOf(FixEntry const& entry) {
@@ -34,29 +53,22 @@ TableRow tableRowOf(FixEntry const& entry) {
 }
 
 TableRow auditRow(ReadConnection& connection, long entry) {
-    Statement& audit = connection.statement(
-        "SELECT edited,user,action,id,time,stream,seq,text,note,checksum=row_sum(entry,edited,"
-        "user,action,id,time,stream,type,seq,text,note) FROM audit WHERE entry=?1");
+    Statement& audit = connection.statement(auditByEntry);
     StatementUse const use(audit);
-    if (!audit.bind(1, entry).step() || audit.number(9) != 1) {
-        connection.database().failWith("the entry " + std::to_string(entry) +
-                                       " of the audit is damaged: its checksum does not fit what "
-                                       "it holds");
-    }
-    FixEntry then;
-    then.id = static_cast<long>(audit.number(3));
-    then.stream = static_cast<FixStream>(audit.number(5));
-    then.seq = static_cast<int>(audit.number(6));
-    then.text = audit.bytes(7);
-    then.note = audit.bytes(8);
+    FixEntry const then = readAudited(connection.database(), audit.bind(1, entry), entry);
     TableRow row = tableRowOf(then);
     row[0] = audit.bytes(0);
     row[1] = audit.bytes(1);
     row[2] = audit.bytes(2);
-    row[4] = audit.bytes(4);
     row[10] = maskSecrets(row[10]);
     row[11] = maskSecrets(row[11]);
     return row;
+}
+
+AuditedEntry auditedEntry(Database const& database, long entry) {
+    Statement audit(database, auditByEntry);
+    FixEntry then = readAudited(database, audit.bind(1, entry), entry);
+    return {std::string(audit.bytes(2)), std::move(then)};
 }
 
 EditTraces::EditTraces(std::string who, char const* what)
@@ -68,11 +80,11 @@ AuditTrail::AuditTrail(Database const& database, EditTraces const& traces)
                         "row_sum(?11,?1,?2,?3,?4,?5,?6,?7,?8,?9,?10))"),
       entry_(newestEntry(database)), traces_(traces) {}
 
-void AuditTrail::add(FixEntry const& entry) {
+void AuditTrail::add(FixEntry const& entry, std::string const& action) {
     std::string const time = timeText(entry.millis);
     insert_.bindText(1, traces_.edited)
         .bindText(2, traces_.user)
-        .bindText(3, traces_.action)
+        .bindText(3, action)
         .bind(4, entry.id)
         .bindText(5, time)
         .bind(6, static_cast<std::int64_t>(entry.stream))

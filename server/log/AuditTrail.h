@@ -26,6 +26,15 @@ TableRow tableRowOf(FixEntry const& entry);
 /// Of the audit, by the number of its entry; without secrets, which the file keeps.
 TableRow auditRow(ReadConnection& connection, long entry);
 
+/// What an entry of the audit tells: what was done to an entry of the log, and what that was then.
+struct AuditedEntry {
+    std::string action;
+    FixEntry then;
+};
+
+/// With its secrets. Throws `LogFailure` when it is not what was written.
+AuditedEntry auditedEntry(Database const& database, long entry);
+
 /// Of one edit: who made it, what it was, and when it began.
 struct EditTraces {
     EditTraces(std::string who, char const* what);
@@ -40,7 +49,10 @@ class AuditTrail {
 public:
     AuditTrail(Database const& database, EditTraces const& traces);
 
-    void add(FixEntry const& entry);
+    void add(FixEntry const& entry) { add(entry, traces_.action); }
+
+    /// Of an edit that does more than one kind of thing.
+    void add(FixEntry const& entry, std::string const& action);
 
 private:
     Statement insert_;

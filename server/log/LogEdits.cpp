@@ -1,7 +1,7 @@
 #include "server/log/LogEdits.h"
 
 #include "server/log/AuditTrail.h"
-#include "server/log/LogClock.h"
+#include "server/log/EditedRows.h"
 
 #include <sqlite3.h>
 
@@ -12,10 +12,6 @@
 namespace zan::server {
 
 namespace {
-
-// One transaction of an edit: as much as a send may wait for.
-constexpr std::size_t rowsInPiece = 256;
-constexpr std::size_t bytesInPiece = 1024 * 1024;
 
 SearchTerms termsOf(int stream, std::string const& where) {
     SearchTerms terms;
@@ -88,59 +84,14 @@ RowSearch LogEdits::searchFor(ReadConnection& connection, SearchTerms const& ter
                   : RowSearch(connection.guard(), terms);
 }
 
-// Looks at rows and at what the session still needs of them, inside of a transaction.
-class EditedRows {
-public:
-    explicit EditedRows(WriteConnection& connection)
-        : connection_(connection), numberingFirst_(connection.meta("numbering_first")),
-          newest_(connection.database().number("SELECT id FROM messages ORDER BY id DESC LIMIT 1")),
-          rows_(connection.database(),
-                "SELECT " + std::string(rowColumns) + " FROM messages WHERE id=?1"),
-          delete_(connection.database(), "DELETE FROM messages WHERE id=?1") {}
-
-    std::optional<LogRow> visible(long id) {
-        StatementUse const use(rows_);
-        if (!rows_.bind(1, id).step()) {
-            return std::nullopt;
-        }
-        LogRow row = readRow(connection_.database(), rows_);
-        return row.isHidden ? std::nullopt : std::optional(std::move(row));
-    }
-
-    // The counterparty may ask for it again.
-    bool isNeeded(LogRow const& row) const {
-        return isSent(row.entry) && row.entry.id >= numberingFirst_;
-    }
-
-    void update(LogRow const& row) { connection_.rows().update(row, timeText(row.entry.millis)); }
-
-    // The newest row keeps the numbers, and its id must never come again.
-    void remove(LogRow& row) {
-        if (isNeeded(row) || row.entry.id == newest_) {
-            row.isHidden = true;
-            update(row);
-        } else {
-            delete_.bind(1, row.entry.id).run();
-        }
-    }
-
-private:
-    WriteConnection& connection_;
-    std::int64_t const numberingFirst_;
-    std::int64_t const newest_;
-    Statement rows_;
-    Statement delete_;
-};
-
 long LogEdits::update(int stream, std::string const& assignments, std::string const& where,
                       std::string const& user) {
     std::lock_guard const lock(editing_);
     Assignments const wanted(assignments);
     auto const assign = [](EditedRows& rows, LogRow& row, Change const& change) {
-        if (change.text && rows.isNeeded(row) && !row.wire) {
-            row.wire = row.entry.text;
+        if (change.text) {
+            rows.setText(row, *change.text);
         }
-        row.entry.text = change.text.value_or(row.entry.text);
         row.entry.note = change.note.value_or(row.entry.note);
         rows.update(row);
     };
@@ -176,15 +127,24 @@ long LogEdits::insert(LogWriter& writer, std::vector<FixEntry>& entries, EditTra
 long LogEdits::inPieces(SearchTerms terms, Assignments const* wanted, EditTraces const& traces,
                         Apply const& apply) {
     terms.ids.second = lastOf(terms, wanted);
+    return countPieces(traces, [&] {
+        if (terms.ids.first > terms.ids.second) {
+            return noPiece;
+        }
+        std::vector<Change> const piece = pieceOf(terms, wanted);
+        if (piece.empty()) {
+            return noPiece;
+        }
+        terms.ids.first = piece.back().id + 1;
+        return write(piece, traces, apply);
+    });
+}
+
+long LogEdits::countPieces(EditTraces const& traces, std::function<long()> const& next) {
     long count = 0;
     try {
-        while (terms.ids.first <= terms.ids.second) {
-            std::vector<Change> const piece = pieceOf(terms, wanted);
-            if (piece.empty()) {
-                break;
-            }
-            count += write(piece, traces, apply);
-            terms.ids.first = piece.back().id + 1;
+        for (long piece = next(); piece != noPiece; piece = next()) {
+            count += piece;
         }
     } catch (LogFailure const& failure) {
         if (count == 0) {

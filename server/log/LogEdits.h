@@ -15,6 +15,7 @@
 #include "server/log/RowSearch.h"
 #include "server/log/SpaceReserve.h"
 
+#include <cstddef>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -35,6 +36,10 @@ public:
                 std::string const& user);
     long remove(int stream, std::string const& where, std::string const& user);
 
+    /// Takes the edits back that the audit has and that `where` is true of: each entry becomes what
+    /// it was before the oldest of them.
+    long undo(int stream, std::string const& where, std::string const& user);
+
     /// With the turn. Gives as many of the entries as one piece has, and takes them out.
     static long insert(LogWriter& writer, std::vector<FixEntry>& entries, EditTraces const& traces);
 
@@ -46,6 +51,23 @@ private:
     };
     class Assignments;
     using Apply = std::function<void(EditedRows&, LogRow&, Change const&)>;
+
+    /// An entry of the log, and the entry of the audit that tells what it was.
+    struct Undone {
+        long id = 0;
+        long auditEntry = 0;
+    };
+
+    // One transaction of an edit: as much as a send may wait for.
+    static constexpr std::size_t rowsInPiece = 256;
+    static constexpr std::size_t bytesInPiece = 1024 * 1024;
+    static constexpr long noPiece = -1;
+
+    /// Adds up what the pieces tell, until there is none.
+    static long countPieces(EditTraces const& traces, std::function<long()> const& next);
+
+    std::vector<Undone> oldestOf(int stream, std::string const& where);
+    long undo(std::vector<Undone> const& all, std::size_t& at, EditTraces const& traces);
 
     long inPieces(SearchTerms terms, Assignments const* wanted, EditTraces const& traces,
                   Apply const& apply);

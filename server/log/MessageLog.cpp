@@ -171,6 +171,10 @@ long MessageLog::update(int stream, std::string const& assignments, std::string 
     return impl_->edits.update(stream, assignments, where, user);
 }
 
+long MessageLog::undo(int stream, std::string const& where, std::string const& user) {
+    return impl_->edits.undo(stream, where, user);
+}
+
 long MessageLog::remove(int stream, std::string const& where, std::string const& user) {
     return impl_->edits.remove(stream, where, user);
 }

@@ -152,6 +152,10 @@ public:
     long update(int stream, std::string const& assignments, std::string const& where,
                 std::string const& user);
     long remove(int stream, std::string const& where, std::string const& user);
+    /// Makes of each entry what it was before the oldest of its edits that `where`, an expression
+    /// over the audit, is true of. What was deleted comes back under its id, and like an inserted
+    /// entry, when the session had no need of it: listeners do not get it again.
+    long undo(int stream, std::string const& where, std::string const& user);
     /// Takes the turn, so the caller must not have it. Of an entry its stream, number, text and
     /// note count.
     long insert(std::vector<FixEntry> entries, std::string const& user);

@@ -62,4 +62,20 @@ TEST_F(Edit, ShowsAndForgetsMarks) {
     EXPECT_EQ(zan({"marks", "C", "--reset", "--yes"}).code, 0);
 }
 
+TEST_F(Edit, TakesEditsBack) {
+    std::string const before = zan({"--json", "log"}).output;
+    zan({"--user", "alice", "edit", "update", "C", "note = 'seen'", "--where", "type = 'D'", "-y"});
+    zan({"--user", "bob", "edit", "delete", "C", "--where", "type = '8'", "-y"});
+    EXPECT_NE(zan({"--json", "log"}).output, before);
+    RunResult const asked = onTerminal(
+        100, {"edit", "undo", "C", "--where", "user = 'bob'", "--color", "never"}, "n\n");
+    EXPECT_NE(asked.output.find("Take back the edits that the audit tells in 3 entries"),
+              std::string::npos)
+        << asked.output;
+    RunResult const undone =
+        zan({"--json", "edit", "undo", "C", "--where", "edited > '2000'", "-y"});
+    EXPECT_EQ(undone.output, "{\"name\":\"C\",\"entries\":4}\n") << undone.errors;
+    EXPECT_EQ(zan({"--json", "log"}).output, before);
+}
+
 } // namespace

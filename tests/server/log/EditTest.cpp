@@ -301,4 +301,112 @@ TEST_F(Audit, IsSearchedByItsOwnColumnsToo) {
     EXPECT_EQ(table("audit").size(), 4u);
 }
 
+class Undo : public Edits {
+protected:
+    // What anybody sees of the log.
+    LogTable whole() { return table("id,time,stream,type,seq,sender,target,text,note"); }
+};
+
+TEST_F(Undo, MakesOfEntriesWhatTheyWere) {
+    send("11=A|");
+    receive("37=X|58=first|");
+    LogTable const before = whole();
+    log().update(-1, "note = 'seen', text = replace(text, 'first', 'second')", "id = 2", "ann");
+    log().update(-1, "note = 'seen again'", "", "bob");
+    EXPECT_EQ(log().undo(-1, "user = 'bob'", "eve"), 2);
+    EXPECT_EQ(whole()[2].back(), "seen");
+    EXPECT_EQ(log().undo(-1, "user = 'ann'", "eve"), 1);
+    EXPECT_EQ(whole(), before);
+    EXPECT_EQ(log().undo(-1, "user = 'ann'", "eve"), 0);
+}
+
+TEST_F(Undo, GoesBackBeforeTheOldestEdit) {
+    receive("37=X|58=first|");
+    LogTable const before = whole();
+    for (char const* note : {"1", "2", "3"}) {
+        log().update(-1, std::string("note = ") + note, "", "ann");
+    }
+    EXPECT_EQ(log().undo(-1, "", "ann"), 1);
+    EXPECT_EQ(whole(), before);
+}
+
+TEST_F(Undo, BringsBackWhatWasDeleted) {
+    receive("37=X|");
+    send("11=A|");
+    receive("37=Y|");
+    receive("37=Z|");
+    LogTable const before = whole();
+    std::vector<std::string> const sent = sentTexts(1, 0);
+    ASSERT_EQ(log().remove(-1, "", "ann"), 4);
+    EXPECT_EQ(whole().size(), 1U);
+    EXPECT_EQ(log().undo(-1, "action = 'delete'", "eve"), 4);
+    EXPECT_EQ(whole(), before);
+    EXPECT_EQ(sentTexts(1, 0), sent);
+    open();
+    EXPECT_EQ(whole(), before);
+    receive("37=Q|");
+    EXPECT_EQ(whole().back()[0], "5");
+}
+
+TEST_F(Undo, LetsEveryMessageBeSentAgainWhoseEntriesStandBetweenThoseThatCameBack) {
+    for (int at = 0; at < 20; ++at) {
+        send("11=" + std::to_string(at) + "|");
+        receive("37=X|");
+        receive("37=Y|");
+    }
+    log().remove(2, "", "ann");
+    log().undo(2, "", "eve");
+    for (int seq = 1; seq <= 20; ++seq) {
+        EXPECT_EQ(sentTexts(seq, seq).size(), 1U) << seq;
+    }
+}
+
+TEST_F(Undo, TakesOutWhatWasPutIn) {
+    receive("37=X|");
+    LogTable const before = whole();
+    FixEntry entry;
+    entry.stream = FixStream::appIn;
+    entry.text = wire("8=FIX.4.4|35=8|49=THEM|56=US|58=put in|");
+    log().insert({entry}, "ann");
+    EXPECT_EQ(log().undo(-1, "action = 'insert'", "eve"), 1);
+    EXPECT_EQ(whole(), before);
+}
+
+TEST_F(Undo, CanBeUndone) {
+    receive("37=X|");
+    receive("37=Y|");
+    log().update(-1, "note = 'kept'", "id = 1", "ann");
+    log().remove(-1, "id = 2", "ann");
+    receive("37=Z|");
+    log().remove(-1, "id = 2", "ann");
+    LogTable const edited = whole();
+    EXPECT_EQ(log().undo(-1, "user = 'ann'", "eve"), 2);
+    EXPECT_EQ(log().undo(-1, "user = 'eve'", "eve"), 2);
+    EXPECT_EQ(whole(), edited);
+}
+
+TEST_F(Undo, KeepsTheBytesThatTheSessionMayNeed) {
+    send("11=A|58=on the wire|");
+    std::vector<std::string> const sent = sentTexts(1, 0);
+    log().update(-1, "text = replace(text, 'wire', 'paper')", "", "ann");
+    log().undo(-1, "", "eve");
+    EXPECT_EQ(sentTexts(1, 0), sent);
+    EXPECT_NE(textOf(1).find("on the wire"), std::string::npos);
+}
+
+TEST_F(Undo, IsDoneInPieces) {
+    for (int at = 0; at < 600; ++at) {
+        receive("37=X|58=" + std::to_string(at) + "|");
+    }
+    LogTable const before = whole();
+    ASSERT_EQ(log().update(-1, "note = 'n' || id", "id > 2", "ann"), 598);
+    ASSERT_EQ(log().remove(-1, "id <= 300", "ann"), 300);
+    EXPECT_EQ(log().undo(-1, "", "eve"), 600);
+    EXPECT_EQ(whole(), before);
+}
+
+TEST_F(Undo, RefusesABadExpression) {
+    EXPECT_THROW(log().undo(-1, "nothing = 1", "eve"), BadExpression);
+}
+
 } // namespace
