@@ -44,7 +44,7 @@ public:
 
 private:
     static void removeAll(std::string const& file) {
-        for (char const* ending : {"", "-wal", "-shm", ".orders", ".reserve"}) {
+        for (char const* ending : {"", "-wal", "-shm", ".last", ".orders", ".reserve"}) {
             std::error_code ignored;
             std::filesystem::remove(file + ending, ignored);
         }

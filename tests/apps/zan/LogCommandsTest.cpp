@@ -104,9 +104,7 @@ TEST_F(LogCommands, MaskPasswordsInEveryForm) {
         {"log", "--decode"},
         {"--json", "log", "--decode"},
         {"log", "--columns", "554,96,Password,text,note"},
-        {"tail", "--no-follow"},
-        {"audit"},
-        {"--json", "audit"}};
+        {"tail", "--no-follow"}};
     for (std::vector<std::string> form : forms) {
         RunResult const masked = zan(form);
         EXPECT_EQ(masked.code, 0) << masked.errors;
@@ -115,6 +113,8 @@ TEST_F(LogCommands, MaskPasswordsInEveryForm) {
         form.insert(form.begin(), "--show-secrets");
         EXPECT_NE(zan(form).output.find("hush-1"), std::string::npos);
     }
+    // The audit of the engine has none at all.
+    EXPECT_EQ(zan({"--json", "--show-secrets", "audit"}).output.find("hush"), std::string::npos);
     std::string const text = "8=FIX.4.4|" + logon + "|10=000|\n";
     EXPECT_EQ(zan({"decode"}, text).output.find("hush"), std::string::npos);
     EXPECT_NE(zan({"--show-secrets", "decode"}, text).output.find("hush-3"), std::string::npos);
