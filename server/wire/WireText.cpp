@@ -252,9 +252,8 @@ void writeMessage(ZANFieldGroup const& message, CompiledDictionary const& dictio
     sink.beginBody();
     sink.field(messageTypeTag, type);
     walk.setType(type);
-    walk.top(message, [&](int tag) {
-        return dictionary.placeOf(tag) == TagPlace::header && !isFrame(tag);
-    });
+    walk.top(message,
+             [&](int tag) { return dictionary.placeOf(tag) == TagPlace::header && !isFrame(tag); });
     bool isSigned = false;
     walk.top(message, [&](int tag) {
         TagPlace const place = dictionary.placeOf(tag);

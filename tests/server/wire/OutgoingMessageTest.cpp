@@ -231,8 +231,8 @@ TEST(OutgoingMessage, PutsFieldsWhereTheDictionaryOrTheStandardPutsThem) {
     GroupDictionary own;
     own.header[20010] = {20011, {20011, 20012}, {}};
     CompiledDictionary const dictionary = own.compiled();
-    OutgoingMessage const message = outgoingFromText(
-        "35=D|11=x|20010=1|20011=a|20012=b|90=1|91=s|93=1|89=z|", dictionary);
+    OutgoingMessage const message =
+        outgoingFromText("35=D|11=x|20010=1|20011=a|20012=b|90=1|91=s|93=1|89=z|", dictionary);
     std::string places;
     for (FixField const& field : message.body) {
         places += "bht"[static_cast<int>(field.place)];
