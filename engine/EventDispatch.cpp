@@ -80,7 +80,7 @@ public:
         {
             ScopedGuard const guard(proxy_.ListenersMutex_);
             if (--proxy_.dispatches_ == 0) {
-                ended = std::move(proxy_.endsWithDispatch_);
+                ended = proxy_.takeEnding();
             }
             if (listeners_.use_count() > 1) {
                 listeners_.reset();

@@ -11,14 +11,29 @@
 #include "infra/ValuePresentation.h"
 #include "infra/WrongConfigurationException.h"
 
+#include <algorithm>
 #include <atomic>
+#include <mutex>
 #include <utility>
+#include <vector>
 
 namespace {
 
 // The proxy that `Instance_` holds, for adapters' threads: those may already run while it is
 // published, and still run when static objects end.
 constinit std::atomic<ZANEngineProxy*> published{nullptr};
+
+// The proxies that were told to end while they delivered events.
+struct Ending {
+    std::mutex mutex;
+    std::vector<counted_ptr<ZANEngineProxy>> proxies;
+};
+
+// Never destroyed: a delivery may outlast static objects.
+Ending& ending() {
+    static Ending& all = *new Ending;
+    return all;
+}
 
 } // namespace
 
@@ -36,7 +51,7 @@ ZANEngineProxy::EndOfProgram const ZANEngineProxy::endOfProgram_;
 
 ZANEngineProxy::ZANEngineProxy()
     : AdapterMutex_(nullptr), ListenersMutex_(nullptr), adapterIsThreadSafe_(false),
-      dispatches_(0) {
+      endsWithDispatch_(false), dispatches_(0) {
     AppListeners_ = createConnectionToAppListenersMap();
     AdminListeners_ = createConnectionToAdminListenersMap();
     StateListeners_ = createConnectionToStateListenersMap();
@@ -134,8 +149,23 @@ void ZANEngineProxy::end() {
     ZANEngineProxy& ended = *proxy;
     ScopedGuard const guard(ended.ListenersMutex_);
     if (ended.dispatches_ > 0) {
-        ended.endsWithDispatch_ = std::move(proxy);
+        ended.endsWithDispatch_ = true;
+        std::lock_guard const lock(ending().mutex);
+        ending().proxies.push_back(std::move(proxy));
     }
+}
+
+// Empty unless the proxy waits for its last dispatch. The listeners mutex is the caller's.
+counted_ptr<ZANEngineProxy> ZANEngineProxy::takeEnding() {
+    counted_ptr<ZANEngineProxy> found;
+    if (endsWithDispatch_) {
+        std::lock_guard const lock(ending().mutex);
+        auto const position =
+            std::ranges::find(ending().proxies, this, &counted_ptr<ZANEngineProxy>::get);
+        found = std::move(*position);
+        ending().proxies.erase(position);
+    }
+    return found;
 }
 
 void ZANEngineProxy::setAdapter(counted_ptr<IZANEngineAdapter> adapter) {

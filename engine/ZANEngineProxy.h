@@ -231,6 +231,7 @@ private:
                       counted_ptr<IZANEngineAdapter> const& adapter);
     static void publish(counted_ptr<ZANEngineProxy> proxy, counted_ptr<IZANEngineAdapter> adapter);
     static void end();
+    counted_ptr<ZANEngineProxy> takeEnding();
     template <class Call>
     decltype(auto) forward(Call call);
 
@@ -241,9 +242,10 @@ private:
     IMutex* ListenersMutex_;
     counted_ptr<IZANEngineAdapter> Adapter_;
     bool adapterIsThreadSafe_;
-    int dispatches_; // under way; guarded, like the next, by the listeners mutex
-    // The proxy itself, when it was told to end during a dispatch.
-    counted_ptr<ZANEngineProxy> endsWithDispatch_;
+    // Guarded by the listeners mutex: the proxy was told to end during a dispatch, and how many of
+    // them are under way.
+    bool endsWithDispatch_;
+    int dispatches_;
 
     static counted_ptr<ZANEngineProxy> Instance_;
     static EndOfProgram const endOfProgram_;
