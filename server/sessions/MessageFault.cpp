@@ -3,8 +3,6 @@
 namespace zan {
 namespace server {
 
-MessageCheck::~MessageCheck() = default;
-
 char const* textOf(RejectReason reason) {
     switch (reason) {
     case RejectReason::none:

@@ -47,7 +47,7 @@ std::string describe(MessageFault const& fault);
 /// Threads: for one session's thread at a time.
 class MessageCheck {
 public:
-    virtual ~MessageCheck();
+    virtual ~MessageCheck() = default;
 
     /// The first fault of a whole message, or none.
     virtual MessageFault check(std::string const& message) const = 0;
