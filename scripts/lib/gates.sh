@@ -17,14 +17,15 @@ packages the Debian packages, made, installed into a fresh folder and used there
 abi      programs built with the last release run with this library
 bench    every benchmark, run briefly
 crash    a program under load is killed 200 times, and nothing is lost
-fuzz     every fuzzer, a minute each
+fuzz     every fuzzer, half a minute of work each
 tidy     clang-tidy over every source
 m32      library and tests as 32-bit programs
 asan     tests under AddressSanitizer, LeakSanitizer and UndefinedBehaviorSanitizer
 tsan     the same under ThreadSanitizer and with free lists, without those of the programs
 
 Not among `all`:
-changes  clang-tidy over the sources that the last 20 commits changed, which CI runs instead of tidy
+changes  clang-tidy over the sources that the last six hours or 20 commits changed, which CI runs
+         instead of tidy
 interop  both roles against jspurefix, an independent FIX implementation; installs packages of npm's
 TEXT
 }
@@ -100,9 +101,9 @@ gate_bench() {
     build/default/bin/zan-bench-engine --quick
 }
 
-# Six fuzzers share two cores: a minute of work for each.
+# Six fuzzers share two cores: half a minute of work for each.
 gate_fuzz() {
-    bash scripts/fuzz 180
+    bash scripts/fuzz 90
 }
 
 # One run spends half of its time waiting, so there are two.
@@ -126,12 +127,15 @@ gate_tidy() {
 
 # A clone without the history of these commits is read as a whole.
 gate_changes() {
+    local sixHoursAgo base
     if ! git rev-parse -q --verify HEAD~20 >/dev/null; then
         gate_tidy
         return
     fi
+    sixHoursAgo=$(git rev-list -1 --before='6 hours ago' HEAD)
+    base=$(git merge-base HEAD~20 "${sixHoursAgo:-HEAD~20}")
     local changed
-    changed=$(git diff --name-only --diff-filter=d HEAD~20 -- '*.cpp' |
+    changed=$(git diff --name-only --diff-filter=d "$base" -- '*.cpp' |
         sed -nE "\\%^($READ_BY_TIDY)/%p" | paste -sd '|')
     [[ -z $changed ]] || tidy "$ROOT/($changed)$"
 }
