@@ -16,9 +16,9 @@ constexpr std::size_t least = 4;
 
 } // namespace
 
-TableColumn columnOf(std::string const& title, std::size_t least) {
+TableColumn columnOf(std::string const& title, std::size_t room) {
     bool const holdsTimes = title == "time" || title == "edited" || title == "since";
-    return {title, least, holdsTimes};
+    return {title, room, holdsTimes};
 }
 
 Table::Table(std::vector<TableColumn> columns, std::optional<std::size_t> width, bool isColored)

@@ -23,7 +23,7 @@ struct TableColumn {
 };
 
 /// A column of that title; those that are known to hold times keep their end.
-TableColumn columnOf(std::string const& title, std::size_t least = 0);
+TableColumn columnOf(std::string const& title, std::size_t room = 0);
 
 struct TableCell {
     std::string text;
