@@ -25,7 +25,7 @@ class ZANEngineRecipe(ConanFile):
     def export_sources(self):
         for pattern in ("CMakeLists.txt", "zanengine.h", "cmake/*", "docs/*", "*.md", "infra/*",
                         "errors/*", "message/*", "events/*", "adapter/*", "engine/*",
-                        "guaranteed/*", "examples/*"):
+                        "guaranteed/*", "comfort/*", "examples/*"):
             copy(self, pattern, src=ROOT, dst=self.export_sources_folder)
 
     def layout(self):
