@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <limits>
 
 namespace zan {
 namespace server {
@@ -45,22 +44,8 @@ NumberRange NumberRanges::front() const {
 }
 
 bool NumberRanges::has(int number) const {
-    return holder(number) != ranges_.end();
-}
-
-int NumberRanges::lastLike(int number) const {
-    auto const found = holder(number);
-    if (found != ranges_.end())
-        return found->second;
     auto const next = ranges_.upper_bound(number);
-    return next == ranges_.end() ? std::numeric_limits<int>::max() : next->first - 1;
-}
-
-NumberRanges::Ranges::const_iterator NumberRanges::holder(int number) const {
-    auto const next = ranges_.upper_bound(number);
-    if (next == ranges_.begin() || std::prev(next)->second < number)
-        return ranges_.end();
-    return std::prev(next);
+    return next != ranges_.begin() && std::prev(next)->second >= number;
 }
 
 } // namespace server

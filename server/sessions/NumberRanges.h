@@ -28,15 +28,9 @@ public:
     /// The lowest range; there has to be one.
     NumberRange front() const;
     bool has(int number) const;
-    /// The last number that is, from this one on without a break, like it: in the set, or not.
-    int lastLike(int number) const;
 
 private:
-    using Ranges = std::map<int, int>;
-
-    Ranges::const_iterator holder(int number) const;
-
-    Ranges ranges_; // from the first number to the last
+    std::map<int, int> ranges_; // from the first number to the last
 };
 
 } // namespace server

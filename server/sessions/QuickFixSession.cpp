@@ -62,12 +62,6 @@ std::function<long long()> clockOr(std::function<long long()> const& clock) {
     };
 }
 
-// A SequenceReset does its work under any number.
-bool isRepetition(FIX::Message const& message) {
-    return isPossDup(message) &&
-           message.getHeader().getField(FIX::FIELD::MsgType) != FIX::MsgType_SequenceReset;
-}
-
 } // namespace
 
 // QuickFIX wants to destroy the logs that it was given; ours is the session itself.
@@ -426,35 +420,6 @@ void QuickFixSession::fromApp(FIX::Message const& message,
     contained([&] { accept(message, FixStream::appIn); });
 }
 
-void QuickFixSession::accept(FIX::Message const& message, FixStream stream) {
-    FixEntry entry;
-    entry.stream = stream;
-    entry.seq = sequenceNumber(message);
-    bool const isTakenAgain = entry.seq < store_.current().nextIn && isRepetition(message);
-    entry.text = takeText(message);
-    fault_ = faultOf(message);
-    if (fault_) {
-        refuse(std::move(entry.text), describe(fault_));
-        if (fault_.reason == RejectReason::unsupportedType && stream == FixStream::appIn)
-            throw FIX::UnsupportedMessageType();
-        throw FIX::IncorrectDataFormat(fault_.tag, textOf(fault_.reason));
-    }
-    if (!isTakenAgain)
-        store_.append(std::move(entry));
-}
-
-// The text of the message that came in right now, or of one that had to wait.
-std::string QuickFixSession::takeText(FIX::Message const& message) {
-    if (current_ != nullptr && &message == &incoming_) {
-        std::string text;
-        text.swap(current_->text);
-        current_ = nullptr;
-        return text;
-    }
-    std::string const* const kept = keptText(message);
-    return kept != nullptr ? *kept : message.toString();
-}
-
 void QuickFixSession::onOutgoing(std::string const& text) {
     lastSentMillis_ = steadyMillis();
     bool const isAdmin = isAdminText(text);
@@ -465,6 +430,8 @@ void QuickFixSession::onOutgoing(std::string const& text) {
         entry.stream = isAdmin ? FixStream::adminOut : FixStream::appOut;
         if (own_ != nullptr && own_->resent)
             entry.stream = FixStream::resent;
+        if (isAdmin && fixValue(text, FIX::FIELD::MsgType) == FIX::MsgType_ResendRequest)
+            resends_.asked(entry.seq);
     } else {
         entry.seq = sequenceNumberIn(fixValue(text, FIX::FIELD::MsgSeqNum));
         entry.text = isAdmin ? text : store_.repetition(entry.seq, text);

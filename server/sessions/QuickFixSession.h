@@ -136,6 +136,7 @@ private:
     void finishRefusal();
     void beginToResend();
     NumberRange nextSlice();
+    NumberRange nothing() const;
     void accept(FIX::Message const& message, FixStream stream);
     std::string takeText(FIX::Message const& message);
     void keepForLater();

@@ -87,13 +87,15 @@ bool QuickFixStore::attempt(Action const& action) {
 
 template <typename Action>
 void QuickFixStore::change(Action const& action) {
-    if (!isHeld_ && !attempt(action))
+    if (held_ != Held::both && !attempt(action))
         throw FIX::IOException(failure_);
 }
 
-int QuickFixStore::fetch(NumberRange range, std::size_t mostBytes) {
+int QuickFixStore::fetch(NumberRange range, int from, std::size_t mostBytes) {
+    repeated_.clear();
     try {
-        repeated_ = store_.sent(range.first, range.last, mostBytes);
+        if (from <= range.last)
+            repeated_ = store_.sent(from, range.last, mostBytes);
     } catch (std::exception const& error) {
         failure_ = error.what();
         throw FIX::IOException(failure_);
@@ -102,6 +104,13 @@ int QuickFixStore::fetch(NumberRange range, std::size_t mostBytes) {
     for (FixEntry const& entry : repeated_)
         bytes += entry.text.size();
     fetched_ = {range.first, bytes < mostBytes ? range.last : repeated_.back().seq};
+    return fetched_.last;
+}
+
+int QuickFixStore::dropTail() {
+    while (!repeated_.empty() && isAdminText(repeated_.back().text))
+        repeated_.pop_back();
+    fetched_.last = repeated_.empty() ? 0 : repeated_.back().seq;
     return fetched_.last;
 }
 
@@ -137,6 +146,8 @@ void QuickFixStore::setNextSenderMsgSeqNum(int number) throw(FIX::IOException) {
 }
 
 void QuickFixStore::setNextTargetMsgSeqNum(int number) throw(FIX::IOException) {
+    if (held_ == Held::incoming)
+        return;
     change([this, number] {
         numbers_.nextIn = number;
         store_.setNumbers(numbers_);
@@ -160,7 +171,7 @@ void QuickFixStore::incrNextTargetMsgSeqNum() throw(FIX::IOException) {
 }
 
 void QuickFixStore::reset() throw(FIX::IOException) {
-    if (!isHeld_ && !beginNumbering())
+    if (held_ != Held::both && !beginNumbering())
         throw FIX::IOException(failure_);
 }
 

@@ -47,11 +47,14 @@ public:
     bool askForReset(bool on);
     FixNumbering numbering() const { return store_.numbering(); }
 
-    /// While one lives, what QuickFIX does to the numbers is without effect.
+    /// Which numbers QuickFIX cannot set; `both` keeps it from a reset, too.
+    enum class Held { nothing, incoming, both };
     class Hold {
     public:
-        explicit Hold(QuickFixStore& store) : store_(store) { store_.isHeld_ = true; }
-        ~Hold() { store_.isHeld_ = false; }
+        explicit Hold(QuickFixStore& store, Held held = Held::both) : store_(store) {
+            store_.held_ = held;
+        }
+        ~Hold() { store_.held_ = Held::nothing; }
         Hold(Hold const&) = delete;
         Hold& operator=(Hold const&) = delete;
 
@@ -74,9 +77,13 @@ public:
     bool usedNumber() const { return usedNumber_; }
     void forgetNumber() { usedNumber_ = false; }
 
-    /// Reads what `get` will be asked for, up to so many bytes; returns the last number that is
-    /// covered by what was read. Throws FIX::IOException.
-    int fetch(NumberRange range, std::size_t mostBytes);
+    /// Reads what `get` will be asked for, up to so many bytes; the numbers before `from` are known
+    /// to be a gap. Returns the last number that is covered by what was read. Throws
+    /// FIX::IOException.
+    int fetch(NumberRange range, int from, std::size_t mostBytes);
+    /// Drops what follows the last application message that was read; returns the number of that
+    /// one, 0 where there is none.
+    int dropTail();
 
     /// The message that was sent under this number, behind the new header that QuickFIX has made
     /// for it.
@@ -111,7 +118,7 @@ private:
     FixNumbers numbers_;
     FIX::UtcTimeStamp creationTime_;
     bool isChanged_ = false;
-    bool isHeld_ = false;
+    Held held_ = Held::nothing;
     bool isUsedUp_ = false;
     bool usedNumber_ = false;
     mutable std::string failure_;

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <set>
 
 namespace zan {
 namespace server {
@@ -14,6 +15,10 @@ namespace server {
 /// after the other, when there is room for it. Requests that overlap are one. What was sent again
 /// over this link already comes again after a pause, and at a limited rate, so that nobody makes
 /// the session do nothing else. One thread at a time.
+///
+/// A counterparty passes over a gap fill that begins below the number that it expects, wherever
+/// that one ends, and does not ask a second time. So a gap is announced whole, whatever the slices
+/// are: those end with an application message, or at the `end` of what can be one gap.
 class ResendPlan {
 public:
     using Clock = std::chrono::steady_clock;
@@ -28,25 +33,42 @@ public:
     /// For a new link.
     void clear();
 
-    void want(NumberRange range) { wanted_.add(range); }
+    /// A request: it expects the first of these numbers.
+    void want(NumberRange range);
     bool isEmpty() const { return wanted_.isEmpty(); }
+
+    /// A resend request of ours went out under this number over this link.
+    void asked(int number);
 
     /// Numbers from this one on were not used in this numbering.
     void forgetFrom(int nextOut);
 
     /// Is there a slice to send now?
     bool isDue(Clock::time_point now);
-    /// The slice; it has to be due.
-    NumberRange slice();
+    /// The slice, and the first of its numbers that were not looked at yet; it has to be due.
+    NumberRange slice() const;
+    int firstToRead() const;
+    /// May a gap in front of what comes first be announced up to this number?
+    bool isEnd(int last) const { return last >= end(); }
+    /// The slice up to this number is but a gap, which goes on: the next slice is longer.
+    void gapTo(int last) { gap_ = {wanted_.front().first, last}; }
     /// This much of the slice was sent.
     void sent(NumberRange range, Clock::time_point now);
 
 private:
+    using Numbers = std::set<int>;
+
+    static void addTo(Numbers& numbers, int number);
+    int end() const;
     bool wasSent() const { return sent_.has(wanted_.front().first); }
     void refill(Clock::time_point now);
 
     NumberRanges wanted_;
     NumberRanges sent_;
+    Numbers begins_; // of requests, in what is wanted
+    Numbers asked_;
+    bool hasAsked_ = false;
+    NumberRange gap_ = {0, -1};
     Clock::time_point again_;
     bool isRepeating_ = false;
     double mayRepeat_ = mostRepeated;

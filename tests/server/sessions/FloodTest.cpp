@@ -133,6 +133,26 @@ TEST_F(ResendFlood, IsAnsweredInSlicesOfFewBytes) {
     reader.join();
 }
 
+// The end of a slice is no end of a gap: a counterparty that has a part of it already would pass
+// over the rest.
+TEST_F(ResendFlood, IsToldOfALongGapAtOnce) {
+    int const beats = ResendPlan::sliceLength * 2 + 100;
+    std::thread peer([&] {
+        for (int i = 0; i < beats; ++i) {
+            tested.pair.peer.send("1", "112=are you there|");
+            ASSERT_FALSE(tested.pair.peer.waitFor("0").empty());
+        }
+    });
+    peer.join();
+    ASSERT_EQ(tested.send("the end"), FixSendResult::sent);
+    int const last = count + 1 + beats + 1;
+    flood(1, "7=" + std::to_string(count) + "|16=0|");
+    std::string const gap = tested.pair.peer.waitFor("4");
+    EXPECT_NE(gap.find("|34=" + std::to_string(count + 2) + "|"), std::string::npos) << gap;
+    EXPECT_NE(gap.find("|36=" + std::to_string(last) + "|"), std::string::npos) << gap;
+    EXPECT_NE(tested.pair.peer.waitFor("B").find("|148=the end|"), std::string::npos);
+}
+
 // A request after the other, each for something else, backwards, beyond the end, and for all.
 TEST_F(ResendFlood, OfOddRequestsLeavesTheSessionAsItWas) {
     std::string bytes;

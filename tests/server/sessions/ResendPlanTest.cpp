@@ -113,6 +113,69 @@ TEST_F(ResendPlans, SendWhatIsNewAtOnceThoughOtherThingsWait) {
     EXPECT_EQ(sendAll(start), 100);
 }
 
+TEST_F(ResendPlans, SendWhatWasSentTogetherWithWhatIsNew) {
+    plan.want({1, 10});
+    EXPECT_EQ(sendAll(start), 10);
+    plan.want({10, 13});
+    ASSERT_FALSE(plan.isDue(start + 10ms));
+    ASSERT_TRUE(plan.isDue(start + 200ms));
+    EXPECT_TRUE(plan.slice() == (NumberRange{10, 13}));
+    EXPECT_TRUE(plan.isEnd(13));
+}
+
+TEST_F(ResendPlans, LookForTheEndOfALongGapPieceByPiece) {
+    plan.want({1, 1200});
+    ASSERT_TRUE(plan.isDue(start));
+    EXPECT_FALSE(plan.isEnd(500));
+    plan.gapTo(500);
+    ASSERT_TRUE(plan.isDue(start));
+    EXPECT_TRUE(plan.slice() == (NumberRange{1, 1000}));
+    EXPECT_EQ(plan.firstToRead(), 501);
+    plan.sent({1, 700}, start);
+    EXPECT_TRUE(plan.slice() == (NumberRange{701, 1200}));
+    EXPECT_EQ(plan.firstToRead(), 701);
+    plan.gapTo(1100);
+    EXPECT_TRUE(plan.slice() == (NumberRange{701, 1200}));
+    EXPECT_EQ(plan.firstToRead(), 1101);
+    EXPECT_TRUE(plan.isEnd(1200));
+}
+
+TEST_F(ResendPlans, ReadAFurtherTimeWhatWasAGapInAnotherNumbering) {
+    plan.want({1, 1200});
+    ASSERT_TRUE(plan.isDue(start));
+    plan.gapTo(500);
+    plan.forgetFrom(3);
+    plan.want({1, 20});
+    EXPECT_EQ(plan.firstToRead(), 1);
+    EXPECT_TRUE(plan.slice() == (NumberRange{1, 20}));
+}
+
+TEST_F(ResendPlans, BeginAnewWhereARequestBegins) {
+    plan.want({1, 100});
+    plan.want({41, 120});
+    EXPECT_TRUE(plan.slice() == (NumberRange{1, 40}));
+    EXPECT_TRUE(plan.isEnd(40));
+    plan.sent({1, 40}, start);
+    EXPECT_TRUE(plan.slice() == (NumberRange{41, 120}));
+    plan.sent({41, 120}, start);
+    plan.want({1, 120});
+    ASSERT_TRUE(plan.isDue(start + 200ms));
+    EXPECT_TRUE(plan.slice() == (NumberRange{1, 120}));
+}
+
+TEST_F(ResendPlans, BeginAnewAtAFurtherResendRequestOfOurs) {
+    plan.asked(2);
+    plan.asked(5);
+    plan.want({1, 10});
+    EXPECT_TRUE(plan.slice() == (NumberRange{1, 4}));
+    plan.sent({1, 4}, start);
+    EXPECT_TRUE(plan.slice() == (NumberRange{5, 10}));
+    plan.clear();
+    plan.asked(5);
+    plan.want({1, 10});
+    EXPECT_TRUE(plan.slice() == (NumberRange{1, 10}));
+}
+
 TEST_F(ResendPlans, ForgetNumbersThatAreNotUsedAnyMore) {
     plan.want({1, 100});
     plan.forgetFrom(11);
