@@ -1,6 +1,7 @@
 #include "crash/Round.h"
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -9,6 +10,38 @@
 #include <utility>
 
 namespace crash {
+
+namespace {
+
+std::size_t socketsOf(pid_t process) {
+    std::size_t count = 0;
+    std::error_code gone;
+    std::filesystem::path const folder = "/proc/" + std::to_string(process) + "/fd";
+    for (auto const& each : std::filesystem::directory_iterator(folder, gone)) {
+        count += std::filesystem::read_symlink(each, gone).string().rfind("socket:", 0) == 0;
+    }
+    return count;
+}
+
+// Links that nobody has accepted yet: what the system's table tells of a port that listens.
+bool hasWaiting(int port) {
+    std::ifstream table("/proc/net/tcp");
+    std::string line;
+    while (std::getline(table, line)) {
+        unsigned local = 0;
+        unsigned state = 0;
+        unsigned waiting = 0;
+        unsigned const listens = 10;
+        if (std::sscanf(line.c_str(), " %*u: %*x:%x %*x:%*x %x %*x:%x", &local, &state, &waiting) ==
+                3 &&
+            state == listens && local == static_cast<unsigned>(port)) {
+            return waiting > 0;
+        }
+    }
+    return false;
+}
+
+} // namespace
 
 Round::Round(RoundSettings settings) : settings_(std::move(settings)), random_(settings_.seed) {
     std::string pattern = (std::filesystem::temp_directory_path() / "zan-crash-XXXXXX").string();
@@ -49,16 +82,31 @@ void Round::startCounterparty() {
     if (line.empty()) {
         throw std::runtime_error("the counterparty does not start");
     }
-    writeSessionFile(std::stoi(line.substr(line.rfind(':') + 1)));
+    port_ = std::stoi(line.substr(line.rfind(':') + 1));
+    idleSockets_ = socketsOf(counterparty_->pid());
+    writeSessionFile();
 }
 
-void Round::writeSessionFile(int port) const {
+// QuickFIX lets a link whose Logon it has read wait for seconds while another link has the session:
+// the reset that a dead process has asked for would come after the Logon of the next one.
+void Round::waitForDeadLinks() {
+    auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (hasWaiting(port_) || socketsOf(counterparty_->pid()) > idleSockets_) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            report_.fault("dead links that the counterparty keeps", "run " + std::to_string(runs_));
+            return;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+}
+
+void Round::writeSessionFile() const {
     std::ofstream(folder_ + "/sessions.cfg")
         << "[SESSION]\nConnectionName=C\nConnectionType=initiator\nBeginString=FIX.4.4\n"
            "SenderCompID=US\nTargetCompID=THEM\nStartTime=00:00:00\nEndTime=00:00:00\n"
            "HeartBtInt=10\nReconnectInterval=1\nLogonTimeout=5\nSocketNodelay=Y\n"
            "SocketConnectHost=127.0.0.1\nSocketConnectPort="
-        << port << "\nDurability=" << settings_.durability << "\n";
+        << port_ << "\nDurability=" << settings_.durability << "\n";
 }
 
 std::string Round::url() const {
@@ -83,8 +131,7 @@ void Round::kill(bool isEarly) {
     }
     program.end(SIGKILL);
     if (settings_.resets) {
-        // A Logon that is read late must not reset the numbers of the next process.
-        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        waitForDeadLinks();
     }
     ++report_.kills;
     report_.early += program.lines().empty() ? 1 : 0;

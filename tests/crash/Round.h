@@ -34,7 +34,8 @@ public:
 
 private:
     void startCounterparty();
-    void writeSessionFile(int port) const;
+    void writeSessionFile() const;
+    void waitForDeadLinks();
     void kill(bool isEarly);
     void finish();
     void lookAtLog();
@@ -47,6 +48,8 @@ private:
     std::string folder_;
     std::optional<ChildProcess> counterparty_;
     int runs_ = 0;
+    int port_ = 0;
+    std::size_t idleSockets_ = 0;
     Report report_;
 };
 

@@ -73,6 +73,9 @@ public:
 
     void sendSignal(int signal) const { kill(pid_, signal); }
 
+    /// 0 when it has ended.
+    pid_t pid() const { return pid_; }
+
     /// The first line, also one that came already, that holds `text`; empty when none came in time.
     std::string waitForLine(std::string const& text) {
         std::unique_lock lock(mutex_);
