@@ -210,6 +210,7 @@ void QuickFixSession::keepForLater() {
         return;
     waiting_.keep(sequenceNumber(incoming_), current_->text.size(), isAdminText(current_->text));
     current_ = nullptr;
+    isHeard_ = true;
     if (!waiting_.isTooMuch())
         return;
     FixEntry remark;
@@ -218,6 +219,15 @@ void QuickFixSession::keepForLater() {
     reports_.trouble(FixTrouble::session, remark.note);
     store_.append(std::move(remark));
     closing_ = true;
+}
+
+// QuickFIX takes what it keeps for no sign of life, unlike a resend request.
+void QuickFixSession::countKeptAsHeard() {
+    if (!isHeard_ || !session_->isLoggedOn())
+        return;
+    isHeard_ = false;
+    makeRequest(nothing(), id_, slice_);
+    session_->next(slice_, stamp());
 }
 
 void QuickFixSession::abandon(std::string const& reason) {

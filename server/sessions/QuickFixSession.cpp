@@ -177,6 +177,7 @@ void QuickFixSession::attach() {
         closing_ = false;
         garbageInARow_ = 0;
         resends_.clear();
+        isHeard_ = false;
         renewNumbering();
         session_->logon();
         {
@@ -192,6 +193,7 @@ void QuickFixSession::attach() {
 void QuickFixSession::tick() {
     work([this] {
         keepHours();
+        countKeptAsHeard();
         session_->next(stamp());
     });
 }

@@ -140,6 +140,7 @@ private:
     void accept(FIX::Message const& message, FixStream stream);
     std::string takeText(FIX::Message const& message);
     void keepForLater();
+    void countKeptAsHeard();
     void refuseAsAnswered(FIX::Message const& answer);
     void tellFault(FIX::Message& reject);
     void refuse(std::string text, std::string const& reason);
@@ -166,6 +167,7 @@ private:
     FIX::Message slice_;
     MessageFault fault_;               // of the message that is refused right now
     bool hasResent_ = false;           // since the turn began
+    bool isHeard_ = false;             // messages that wait came since the last tick
     bool isUnread_ = false;            // was rejected before anybody could accept it
     Incoming* current_ = nullptr;      // not yet accepted, refused or put aside
     FixOutgoing const* own_ = nullptr; // what an application sends
