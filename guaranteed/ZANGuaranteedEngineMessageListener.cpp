@@ -72,6 +72,9 @@ ZANGuaranteedEngineMessageListener::ZANGuaranteedEngineMessageListener(
 
 ZANGuaranteedEngineMessageListener&
 ZANGuaranteedEngineMessageListener::operator=(ZANGuaranteedEngineMessageListener const& other) {
+    if (this == &other) {
+        return *this;
+    }
     zan::SharedAdapters::add(other.adapter_);
     zan::SharedAdapters::remove(std::exchange(adapter_, other.adapter_));
     counted_ptr<IZANEventListener> before = zan::share(other.listener_);

@@ -114,7 +114,7 @@ std::string timeBeginning(std::string const& text, infra::Time now) {
     try {
         std::string const iso = fromIso(text);
         bool const isOfToday = text.find(':') == 2;
-        std::string const time = !iso.empty() ? iso
+        std::string time = !iso.empty() ? iso
                                  : isOfToday  ? now.toString().substr(0, dayLength + 1) + text
                                               : text;
         if (isLogTime(time)) {

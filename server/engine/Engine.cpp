@@ -99,8 +99,8 @@ void Engine::keep() {
     std::unique_lock lock(keeperMutex_);
     while (!keeperWakes_.wait_for(lock, keepersInterval, [this] { return isStopping_; })) {
         lock.unlock();
-        if (std::string const news = folder_.watchLock(); !news.empty()) {
-            diagnostics_.tell(DiagnosticLevel::Error, "engine", [&] { return news; });
+        if (std::string news = folder_.watchLock(); !news.empty()) {
+            diagnostics_.tell(DiagnosticLevel::Error, "engine", [&] { return std::move(news); });
         }
         for (auto const& connection : connections_) {
             connection->maintain();

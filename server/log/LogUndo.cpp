@@ -68,6 +68,7 @@ std::vector<LogEdits::Undone> LogEdits::oldestOf(int stream, std::string const& 
         found->second = std::min(found->second, search.key());
     }
     std::vector<Undone> all;
+    all.reserve(oldest.size());
     for (auto const& [entry, auditEntry] : oldest) {
         all.push_back({entry, auditEntry});
     }

@@ -111,7 +111,7 @@ void QuickFixSession::create(FixSessionSettings const& settings, bool initiator)
 
 // The time for QuickFIX to go by, which for it is never that of another session.
 FIX::UtcTimeStamp QuickFixSession::stamp() {
-    FIX::UtcTimeStamp const now;
+    FIX::UtcTimeStamp now;
     store_.setCreationTime(now);
     return now;
 }

@@ -48,7 +48,7 @@ std::shared_ptr<CompiledDictionary const> sharedDictionary(DictionaryText const&
             return dictionary;
         }
     }
-    auto const dictionary = std::make_shared<CompiledDictionary const>(
+    auto dictionary = std::make_shared<CompiledDictionary const>(
         transport ? compileDictionary(messages.xml, messages.name, transport->xml, transport->name)
                   : compileDictionary(messages.xml, messages.name));
     known().dictionaries[key] = dictionary;

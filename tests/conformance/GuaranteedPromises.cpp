@@ -253,9 +253,10 @@ void askFromInsideAListener(Trial& trial) {
 
 void getAMessageAgainOnWhichTheyFail(Trial& trial) {
     trial.connect();
+    // Outlives the desk, whose listener may get reports to the end.
+    std::atomic<int> failures{2};
     Desk desk(trial);
     std::string const prefix = trial.newId();
-    std::atomic<int> failures{2};
     desk.recorder->give([&, two = prefix + "two"](std::string const& id) {
         if (id == two && failures-- > 0) {
             throw std::runtime_error("not now");
@@ -277,9 +278,10 @@ void getAMessageAgainOnWhichTheyFail(Trial& trial) {
 
 void goOnBehindAMessageThatTheySkip(Trial& trial) {
     trial.connect();
+    // Outlives the desk, whose listener may get reports to the end.
+    std::atomic<int> attempts{0};
     Desk desk(trial);
     std::string const prefix = trial.newId();
-    std::atomic<int> attempts{0};
     desk.recorder->give([&, two = prefix + "two"](std::string const& id) {
         if (id == two) {
             ++attempts;
@@ -300,11 +302,12 @@ void goOnBehindAMessageThatTheySkip(Trial& trial) {
 
 void stopBeforeAMessageOnWhichTheyFailAgain(Trial& trial) {
     trial.connect();
+    // Outlives the desk, whose listener may get reports to the end.
+    std::atomic<int> failures{1};
     Desk desk(trial);
     std::string const prefix = trial.newId();
     std::vector<long> const numbers = sendThree(trial, desk, prefix);
     desk.mark(numbers[0]);
-    std::atomic<int> failures{1};
     desk.recorder->give([&, two = prefix + "two"](std::string const& id) {
         if (id == two && failures-- > 0) {
             throw std::runtime_error("not now");

@@ -88,7 +88,7 @@ bool EmbeddedEngineAdapter::isAllowed(std::string const& property) const {
 }
 
 std::string EmbeddedEngineAdapter::dataFolder(std::string const& config) {
-    std::string const folder = getConfigProvider().getProperty("engine.data", config + ".data");
+    std::string folder = getConfigProvider().getProperty("engine.data", config + ".data");
     std::error_code unknown;
     if (isAllowed("engine.create") || std::filesystem::exists(folder, unknown) || unknown) {
         return folder;
