@@ -115,8 +115,8 @@ std::string timeBeginning(std::string const& text, infra::Time now) {
         std::string const iso = fromIso(text);
         bool const isOfToday = text.find(':') == 2;
         std::string time = !iso.empty() ? iso
-                                 : isOfToday  ? now.toString().substr(0, dayLength + 1) + text
-                                              : text;
+                           : isOfToday  ? now.toString().substr(0, dayLength + 1) + text
+                                        : text;
         if (isLogTime(time)) {
             moved(time, 0); // There is such a day, and such an hour.
             return time;
