@@ -70,7 +70,8 @@ bool ResendPlan::isDue(Clock::time_point now) {
 }
 
 NumberRange ResendPlan::slice() const {
-    int const length = wasSent() ? std::min<int>(sliceLength, mayRepeat_) : sliceLength;
+    int const length =
+        wasSent() ? std::min(int{sliceLength}, static_cast<int>(mayRepeat_)) : sliceLength;
     return {wanted_.front().first, std::min(end(), firstToRead() + length - 1)};
 }
 
