@@ -78,8 +78,11 @@ TEST(FieldGroupReaders, ThrowWithTagAndTextForAnUnreadableField) {
         EXPECT_EQ(0u, message.find("Field 44: ")) << message;
         EXPECT_NE(Text::npos, message.find("\"12,5\"")) << message;
     }
-    EXPECT_NE(Text::npos,
-              messageOf([&] { static_cast<void>(group.getInt(38, 0)); }).find("32 bits"));
+    Text const tooLarge = messageOf([&] { static_cast<void>(group.getInt(38, 0)); });
+    EXPECT_EQ(0u, tooLarge.find("Field 38: ")) << tooLarge;
+    // A `long` of 32 bits does not take the text in the first place.
+    char const* const reason = sizeof(long) > 4 ? "32 bits" : "99999999999";
+    EXPECT_NE(Text::npos, tooLarge.find(reason)) << tooLarge;
 }
 
 TEST(FieldGroupReaders, FindCopiesTheValue) {
