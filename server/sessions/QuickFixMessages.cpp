@@ -194,13 +194,21 @@ MessageFault faultOf(FIX::Message const& message) {
     return fault;
 }
 
+// Empty where what came in has none that can be read.
+static std::string typeIn(FIX::Message const& message) {
+    FIX::Header const& header = message.getHeader();
+    return header.isSetField(FIX::FIELD::MsgType)
+               ? header.getFieldRef(FIX::FIELD::MsgType).getString()
+               : std::string();
+}
+
 std::string numberFault(FIX::Message const& message) {
     if (!message.getHeader().isSetField(FIX::FIELD::MsgSeqNum))
         return noNumber;
     std::string const& digits = message.getHeader().getField(FIX::FIELD::MsgSeqNum);
     if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos)
         return noNumber;
-    std::string const& type = message.getHeader().getField(FIX::FIELD::MsgType);
+    std::string const type = typeIn(message);
     if (sequenceNumber(message) > largestSequenceNumber)
         return beyond("MsgSeqNum (34)");
     if (type == FIX::MsgType_SequenceReset && isBeyond(message, FIX::FIELD::NewSeqNo))
@@ -211,8 +219,7 @@ std::string numberFault(FIX::Message const& message) {
 }
 
 void boundEnd(FIX::Message& message) {
-    if (message.getHeader().getField(FIX::FIELD::MsgType) == FIX::MsgType_ResendRequest &&
-        isBeyond(message, FIX::FIELD::EndSeqNo))
+    if (typeIn(message) == FIX::MsgType_ResendRequest && isBeyond(message, FIX::FIELD::EndSeqNo))
         message.setField(FIX::EndSeqNo(0));
 }
 
