@@ -38,8 +38,9 @@ void QuickFixSession::endOver(Incoming& incoming, std::string const& reason) {
 // QuickFIX lets a link wait whose Logon it cannot reject, and would ask for a gap fill that it has
 // refused again and again.
 void QuickFixSession::finishRefusal() {
-    bool const isGapFill =
-        incoming_.getHeader().getField(FIX::FIELD::MsgType) == FIX::MsgType_SequenceReset;
+    FIX::Header const& header = incoming_.getHeader();
+    bool const isGapFill = header.isSetField(FIX::FIELD::MsgType) &&
+                           header.getField(FIX::FIELD::MsgType) == FIX::MsgType_SequenceReset;
     if (fault_ && !session_->isLoggedOn()) {
         reports_.trouble(FixTrouble::badBytes, describe(fault_));
         closing_ = true;
